@@ -30,7 +30,8 @@ function(orvane_stage_headers)
 
     # The list changes only when a header comes or goes, so it can be a dependency of the staging.
     set(list_file "${PROJECT_BINARY_DIR}/public_headers.list")
-    file(CONFIGURE OUTPUT "${list_file}" CONTENT "${sources}\n" @ONLY)
+    list(JOIN sources "\n" lines)
+    file(CONFIGURE OUTPUT "${list_file}" CONTENT "${lines}\n" @ONLY)
     set(stamp "${PROJECT_BINARY_DIR}/public_headers.stamp")
     add_custom_command(
         OUTPUT "${stamp}"

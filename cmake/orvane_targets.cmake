@@ -28,12 +28,12 @@ function(orvane_link_objects target)
     target_link_libraries(${target} PRIVATE orvane_build_flags ${libraries})
 endfunction()
 
-# orvane_test(NAME SOURCES <file>... [DEPENDS <target>...] [LABELS <label>...] [TIMEOUT <seconds>])
+# orvane_test(NAME SOURCES <file>... [DEPENDS <target>...] [LABEL <label>] [TIMEOUT <seconds>])
 #
 # Declares a GoogleTest program over all object libraries. Each of its tests runs through tools/fresh-home:
 # with an empty home of its own and without the user's desktop.
 function(orvane_test name)
-    cmake_parse_arguments(PARSE_ARGV 1 arg "" "TIMEOUT" "DEPENDS;LABELS;SOURCES")
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "LABEL;TIMEOUT" "DEPENDS;SOURCES")
     if(arg_UNPARSED_ARGUMENTS)
         message(FATAL_ERROR "orvane_test(${name}): unexpected ${arg_UNPARSED_ARGUMENTS}")
     endif()
@@ -53,7 +53,7 @@ function(orvane_test name)
         DISCOVERY_MODE PRE_TEST
         DISCOVERY_TIMEOUT 60
         TEST_PREFIX "${name}."
-        PROPERTIES TIMEOUT "${arg_TIMEOUT}" LABELS "${arg_LABELS}")
+        PROPERTIES TIMEOUT "${arg_TIMEOUT}" LABELS "${arg_LABEL}")
 endfunction()
 
 # orvane_fuzz_target(NAME SOURCES <file>...)

@@ -1,9 +1,11 @@
-# cmake -DLIST=<file with the headers' paths, separated by semicolons> -DDESTINATION=<folder>
+# cmake -DLIST=<file with the headers' paths, one a line> -DDESTINATION=<folder>
 #       -P stage_headers.cmake
 #
 # Copies the public headers flat into one folder, with #include "folder/name.h" turned into
 # #include <orvane/name.h>. The chief header, orvane.h, also gets an include of every other one: it lies below
 # some of them in the tree and cannot name them there, but a host shall need no second include.
+
+cmake_minimum_required(VERSION 3.22)
 
 file(STRINGS "${LIST}" sources)
 set(names)
