@@ -5,6 +5,7 @@ if(NOT TARGET orvane)
 endif()
 include(CMakePackageConfigHelpers)
 
+install(TARGETS orvane-codegen EXPORT OrvaneTargets RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 install(TARGETS orvane EXPORT OrvaneTargets
         LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
 install(DIRECTORY "${ORVANE_INCLUDE_DIR}/orvane" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
@@ -17,6 +18,7 @@ configure_package_config_file(packaging/OrvaneConfig.cmake.in "${PROJECT_BINARY_
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/OrvaneConfigVersion.cmake"
     COMPATIBILITY SameMinorVersion)
 install(FILES "${PROJECT_BINARY_DIR}/OrvaneConfig.cmake" "${PROJECT_BINARY_DIR}/OrvaneConfigVersion.cmake"
+              cmake/orvane_generate_entities.cmake
         DESTINATION "${ORVANE_PACKAGE_DIR}")
 
 # The prefix is written relative to the file, so that an installed tree may be moved.

@@ -1,0 +1,168 @@
+#include "host/replay/trace_json.h"
+
+#include <cmath>
+#include <limits>
+
+namespace orvane::host {
+
+namespace {
+
+constexpr std::size_t deepestLevel = 200;
+constexpr double longestTime = 1e12;
+
+// Refuses what the parser itself would let pass while it builds the value.
+class Watcher {
+  public:
+    bool operator()(int, Json::parse_event_t event, Json& parsed) {
+        switch (event) {
+            case Json::parse_event_t::object_start:
+            case Json::parse_event_t::array_start:
+                keys_.emplace_back();
+                if (keys_.size() > deepestLevel) throw TraceProblem("nested too deeply");
+                break;
+            case Json::parse_event_t::object_end:
+            case Json::parse_event_t::array_end:
+                keys_.pop_back();
+                break;
+            case Json::parse_event_t::key:
+                if (!keys_.back().insert(parsed.get_ref<const std::string&>()).second)
+                    throw TraceProblem("key " + parsed.dump() + " stands twice");
+                break;
+            case Json::parse_event_t::value:
+                break;
+        }
+        return true;
+    }
+
+  private:
+    std::vector<std::set<std::string>> keys_;
+};
+
+Value valueOf(const Json& json) {
+    switch (json.type()) {
+        case Json::value_t::boolean:
+            return json.get<bool>();
+        case Json::value_t::number_integer:
+            return json.get<std::int64_t>();
+        case Json::value_t::number_unsigned:
+            if (json.get<std::uint64_t>() >
+                static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max()))
+                return json.get<double>();
+            return json.get<std::int64_t>();
+        case Json::value_t::number_float:
+            return json.get<double>();
+        case Json::value_t::string:
+            return json.get_ref<const std::string&>();
+        case Json::value_t::array: {
+            Value::Array elements;
+            for (const Json& element : json) elements.push_back(valueOf(element));
+            return elements;
+        }
+        case Json::value_t::object: {
+            Dictionary members;
+            for (const auto& [key, member] : json.items()) members.set(key, valueOf(member));
+            return members;
+        }
+        default:
+            return {};
+    }
+}
+
+}  // namespace
+
+Json parseJson(std::string_view text) {
+    try {
+        return Json::parse(text, Watcher());
+    } catch (const Json::exception& error) {
+        // The library's own prefix ("[json.exception.parse_error.101] ") tells a user nothing.
+        std::string problem = error.what();
+        if (const auto end = problem.find("] "); problem.starts_with('[') && end != std::string::npos)
+            problem.erase(0, end + 2);
+        throw TraceProblem("no JSON: " + problem);
+    }
+}
+
+void Member::fail(std::string_view problem) const {
+    throw TraceProblem((place_.empty() ? "the line" : place_) + " " + std::string(problem));
+}
+
+bool Member::boolean() const {
+    if (!json_->is_boolean()) fail("is not true or false");
+    return json_->get<bool>();
+}
+
+const std::string& Member::text() const {
+    if (!json_->is_string()) fail("is not a text");
+    return json_->get_ref<const std::string&>();
+}
+
+double Member::number() const {
+    if (!json_->is_number()) fail("is not a number");
+    return json_->get<double>();
+}
+
+std::int64_t Member::integer(std::int64_t least, std::int64_t most) const {
+    const double number = this->number();
+    if (std::trunc(number) != number) fail("is not a whole number");
+    // Bounds lie well within what a double counts exactly.
+    if (number < static_cast<double>(least) || number > static_cast<double>(most)) fail("is out of range");
+    return static_cast<std::int64_t>(number);
+}
+
+TraceTime Member::time() const {
+    const double seconds = number();
+    if (!(std::abs(seconds) <= longestTime)) fail("is not a time that can be counted");
+    return TraceTime(std::llround(seconds * 1e6));
+}
+
+std::optional<bool> Member::optionalBoolean() const {
+    return isNull() ? std::nullopt : std::optional(boolean());
+}
+
+std::optional<std::string> Member::optionalText() const {
+    return isNull() ? std::nullopt : std::optional(text());
+}
+
+void Member::requireObject() const {
+    if (!json_->is_object()) fail("is not an object");
+}
+
+void Member::requireArray() const {
+    if (!json_->is_array()) fail("is not a list");
+}
+
+Member Member::element(std::size_t index) const {
+    return {(*json_)[index], place_ + "[" + std::to_string(index) + "]"};
+}
+
+Value Member::value() const { return valueOf(*json_); }
+
+Dictionary Member::dictionary() const {
+    requireObject();
+    Dictionary result;
+    for (const auto& [key, member] : json_->items()) result.set(key, valueOf(member));
+    return result;
+}
+
+ObjectReader::ObjectReader(Member object) : object_(std::move(object)) { object_.requireObject(); }
+
+std::optional<Member> ObjectReader::take(std::string_view key) {
+    const auto found = object_.json().find(key);
+    if (found == object_.json().end()) return std::nullopt;
+    taken_.emplace(key);
+    std::string place = object_.place();
+    if (!place.empty()) place += '.';
+    return Member(*found, place.append(key));
+}
+
+Member ObjectReader::require(std::string_view key) {
+    if (auto member = take(key)) return *member;
+    object_.fail("lacks \"" + std::string(key) + "\"");
+}
+
+void ObjectReader::finish() const {
+    for (const auto& [key, member] : object_.json().items())
+        if (!taken_.contains(key)) object_.fail("has an unknown key " + Json(key).dump());
+}
+
+}  // namespace orvane::host

@@ -1,0 +1,124 @@
+#include "persistence/object_table.h"
+#include "persistence/sqlite/database.h"
+
+namespace orvane {
+
+void EntityTable::fill(ManagedObject& object, const sqlite::Statement& row) {
+    char* const base = static_cast<char*>(this->row(object));
+    sqlite3_stmt* const statement = row.handle();
+    int index = 0;
+    for (const StoredColumn& column : columns_) {
+        ++index;
+        if (object.changed_ >> column.property & 1) continue;
+        void* const address = base + column.offset;
+        // One look-up of the column serves its type and its value.
+        sqlite3_value* const value = sqlite3_column_value(statement, index);
+        const bool absent = sqlite3_value_type(value) == SQLITE_NULL;
+        switch (column.kind) {
+            case SlotKind::date:
+                if (!absent) static_cast<DateSlot*>(address)->seconds = sqlite3_value_double(value);
+                break;
+            case SlotKind::boolean:
+                if (!absent) static_cast<BooleanSlot*>(address)->value = sqlite3_value_int(value) != 0;
+                break;
+            case SlotKind::text:
+                if (!absent) {
+                    const auto* bytes = reinterpret_cast<const char*>(sqlite3_value_text(value));
+                    const auto length = static_cast<std::size_t>(sqlite3_value_bytes(value));
+                    static_cast<TextSlot*>(address)->set(storage_.texts(), std::string_view(bytes, length));
+                }
+                break;
+            case SlotKind::data:
+                if (!absent) {
+                    const auto* bytes = static_cast<const char*>(sqlite3_value_blob(value));
+                    const auto length = static_cast<std::size_t>(sqlite3_value_bytes(value));
+                    static_cast<TextSlot*>(address)->set(storage_.texts(),
+                                                         std::string_view(length ? bytes : "", length));
+                }
+                break;
+            case SlotKind::toOne:
+                if (!absent)
+                    static_cast<ToOneSlot*>(address)->set(
+                        &storage_.table(column.destination).findOrCreate(sqlite3_value_int64(value)));
+                break;
+            case SlotKind::integer32:
+            case SlotKind::integer64:
+                if (!absent) static_cast<IntegerSlot*>(address)->value = sqlite3_value_int64(value);
+                break;
+            case SlotKind::decimal:
+                if (!absent)
+                    static_cast<DecimalSlot*>(address)->value = DecimalSeconds(sqlite3_value_int64(value));
+                break;
+            case SlotKind::real:
+                if (!absent) static_cast<RealSlot*>(address)->value = sqlite3_value_double(value);
+                break;
+            case SlotKind::toMany:
+                break;
+        }
+    }
+    object.reserved_ |= ManagedObject::stateLoaded;
+    object.reserved_ &= ~ManagedObject::stateRefreshed;
+}
+
+void EntityTable::bind(const ManagedObject& constObject, sqlite::Statement& statement, int first,
+                       std::uint64_t columns) const {
+    auto& object = const_cast<ManagedObject&>(constObject);
+    int parameter = first;
+    for (std::size_t i = 0; i < columns_.size(); ++i) {
+        if ((columns >> i & 1) == 0) continue;
+        const StoredColumn& column = columns_[i];
+        const auto bindOptional = [&](const auto& value, const auto& bindValue) {
+            if (value)
+                bindValue(*value);
+            else
+                statement.bindNull(parameter);
+        };
+        switch (column.kind) {
+            case SlotKind::boolean:
+                bindOptional(slot<BooleanSlot>(object, column.offset).get(),
+                             [&](bool value) { statement.bind(parameter, std::int64_t{value}); });
+                break;
+            case SlotKind::integer32:
+            case SlotKind::integer64:
+                bindOptional(slot<IntegerSlot>(object, column.offset).get(),
+                             [&](std::int64_t value) { statement.bind(parameter, value); });
+                break;
+            case SlotKind::decimal:
+                bindOptional(slot<DecimalSlot>(object, column.offset).get(), [&](DecimalSeconds value) {
+                    statement.bind(parameter, std::int64_t{value.count()});
+                });
+                break;
+            case SlotKind::real:
+                bindOptional(slot<RealSlot>(object, column.offset).get(),
+                             [&](double value) { statement.bind(parameter, value); });
+                break;
+            case SlotKind::date:
+                bindOptional(slot<DateSlot>(object, column.offset).get(),
+                             [&](Date value) { statement.bind(parameter, secondsSinceEpoch(value)); });
+                break;
+            case SlotKind::text:
+                bindOptional(slot<TextSlot>(object, column.offset).get(),
+                             [&](std::string_view value) { statement.bind(parameter, value); });
+                break;
+            case SlotKind::data:
+                bindOptional(slot<TextSlot>(object, column.offset).get(), [&](std::string_view value) {
+                    sqlite3_bind_blob64(statement.handle(), parameter, value.data(), value.size(),
+                                        SQLITE_STATIC);
+                });
+                break;
+            case SlotKind::toOne: {
+                const ManagedObject* target = slot<ToOneSlot>(object, column.offset).get();
+                if (target && target->isUsable())
+                    statement.bind(parameter, target->key_);
+                else
+                    statement.bindNull(parameter);
+                break;
+            }
+            case SlotKind::toMany:
+                break;
+        }
+        ++parameter;
+    }
+}
+
+}  // namespace orvane

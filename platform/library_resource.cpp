@@ -1,0 +1,38 @@
+#include "platform/library_resource.h"
+
+#include <dlfcn.h>
+
+namespace orvane {
+
+namespace {
+
+/// The file that holds this very code: the shared library, or a program that the code was linked into.
+std::filesystem::path loadedFile() {
+    static const char anchor = 0;
+    std::error_code ignored;
+    Dl_info information;
+    // For a program dladdr tells argument 0, which need not lead anywhere; the kernel knows better.
+    std::filesystem::path file;
+    if (dladdr(&anchor, &information) != 0 && information.dli_fname) file = information.dli_fname;
+    file = std::filesystem::canonical(file, ignored);
+    if (file.empty()) file = std::filesystem::read_symlink("/proc/self/exe", ignored);
+    return file;
+}
+
+}  // namespace
+
+std::optional<std::filesystem::path> libraryResource(std::string_view name, std::string_view extension) {
+    std::string fileName(name);
+    fileName.append(".").append(extension);
+    std::filesystem::path folder = loadedFile().parent_path();
+    while (!folder.empty()) {
+        const std::filesystem::path candidate = folder / "share" / "orvane" / fileName;
+        std::error_code ignored;
+        if (std::filesystem::exists(candidate, ignored)) return candidate;
+        if (folder == folder.root_path()) break;
+        folder = folder.parent_path();
+    }
+    return std::nullopt;
+}
+
+}  // namespace orvane

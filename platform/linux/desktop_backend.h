@@ -1,0 +1,55 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "foundation/internal.h"
+
+namespace orvane {
+
+/// A window as the desktop describes it. Texts are valid UTF-8, empty when unknown.
+struct DesktopWindow {
+    /// The desktop's own number for the window; never 0.
+    std::int64_t number = 0;
+    /// Process that owns the window, as this process sees it; 0 when unknown.
+    std::int32_t processIdentifier = 0;
+    /// 0: normal application window; above 0: docks, menus, notices and the like.
+    int layer = 0;
+    /// Absent when the window has no title.
+    std::optional<std::string> title;
+    std::string windowClass;
+    std::string windowInstance;
+    /// The identifier that GTK programs give for their application.
+    std::string gtkApplicationId;
+};
+
+/// One kind of desktop that can be asked for its windows. Main thread only.
+class DesktopBackend {
+  public:
+    virtual ~DesktopBackend();
+
+    /// For diagnoses, such as "X11 (xcb)".
+    virtual std::string name() const = 0;
+    /// Whether the desktop answers at present.
+    virtual bool isAvailable() const = 0;
+    /// The window that receives key events; none when no window does or the desktop does not answer.
+    virtual std::optional<DesktopWindow> activeWindow() = 0;
+    /// The windows on screen, front to back.
+    virtual std::vector<DesktopWindow> windows() = 0;
+    /// Seconds since the user's last input; none when the desktop cannot tell.
+    virtual std::optional<double> idleSeconds() = 0;
+
+    // Set by the platform; called on the main loop, never from within a call to the backend.
+
+    /// Another window, or none, has become the active one.
+    std::function<void()> onActiveWindowChanged;
+    /// The screens were switched off, or on again.
+    std::function<void(bool asleep)> onScreenSleepChanged;
+    /// The desktop went away, or is back.
+    std::function<void(bool available)> onAvailabilityChanged;
+};
+
+}  // namespace orvane

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <memory>
+
+#include "foundation/internal.h"
+#include "platform/linux/application_directory.h"
+#include "platform/linux/glib_run_loop.h"
+#include "platform/linux/linux_file_manager.h"
+#include "platform/linux/linux_host_application.h"
+#include "platform/linux/linux_window_server.h"
+#include "platform/linux/linux_workspace.h"
+#include "platform/linux/no_accessibility.h"
+#include "platform/linux/random_uuid_source.h"
+#include "platform/linux/settings_file.h"
+#include "platform/linux/system_clock.h"
+#include "platform/linux/system_log.h"
+#include "platform/platform.h"
+
+namespace orvane {
+
+class SessionMonitor;
+
+/// The running Linux desktop. Display and buses are looked for when the workspace, the windows or the session
+/// are first asked for, so a program that only reads settings touches neither.
+class LinuxPlatform : public Platform {
+  public:
+    LinuxPlatform();
+    ~LinuxPlatform() override;
+
+    LinuxWorkspace& workspace() override;
+    LinuxWindowServer& windowServer() override;
+    Accessibility& accessibility() override { return accessibility_; }
+    HostApplication& hostApplication() override { return hostApplication_; }
+    FileManager& fileManager() override { return fileManager_; }
+    SettingsFile& userDefaults() override { return userDefaults_; }
+    RunLoop& runLoop() override { return runLoop_; }
+    Clock& clock() override { return clock_; }
+    LogSink& logSink() override { return log_; }
+    UuidSource& uuidSource() override { return uuidSource_; }
+
+    // For diagnoses.
+
+    /// The desktop in use; none when the library was built without any.
+    DesktopBackend* desktop();
+    SessionMonitor& session();
+
+  private:
+    void connect();
+
+    SystemLog log_;
+    SystemClock clock_;
+    RandomUuidSource uuidSource_;
+    NoAccessibility accessibility_;
+    LinuxHostApplication hostApplication_{log_};
+    LinuxFileManager fileManager_;
+    SettingsFile userDefaults_{SettingsFile::defaultPath(), log_};
+    GlibRunLoop runLoop_;
+    ApplicationDirectory directory_;
+    std::unique_ptr<DesktopBackend> desktop_;
+    LinuxWorkspace workspace_{directory_};
+    LinuxWindowServer windowServer_{directory_};
+    /// Last, since its notices reach the others until it is gone. Set once all is connected.
+    std::unique_ptr<SessionMonitor> session_;
+};
+
+}  // namespace orvane

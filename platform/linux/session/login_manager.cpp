@@ -1,0 +1,205 @@
+#include "platform/linux/session/login_manager.h"
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+const std::string kService = "org.freedesktop.login1";
+const BusObject kManager{kService, "/org/freedesktop/login1", "org.freedesktop.login1.Manager"};
+const std::string kSessionInterface = "org.freedesktop.login1.Session";
+
+std::string objectPath(GVariant* values) {
+    if (values == nullptr || !g_variant_is_of_type(values, G_VARIANT_TYPE("(o)"))) return {};
+    const char* path = nullptr;
+    g_variant_get(values, "(&o)", &path);
+    return path;
+}
+
+bool firstBoolean(GVariant* values) {
+    gboolean result = FALSE;
+    if (g_variant_is_of_type(values, G_VARIANT_TYPE("(b)"))) g_variant_get(values, "(b)", &result);
+    return result != FALSE;
+}
+
+}  // namespace
+
+LoginManager::LoginManager(BusConnection& bus) : bus_(bus) {
+    nameWatch_ = bus_.watchName(kService, [this](bool isOwned) {
+        if (isOwned) {
+            appeared();
+        } else {
+            vanished();
+        }
+    });
+    sleepSignal_ = bus_.subscribe(kManager, "PrepareForSleep", [this](const std::string&, GVariant* values) {
+        prepareForSleep(firstBoolean(values));
+    });
+    shutdownSignal_ =
+        bus_.subscribe(kManager, "PrepareForShutdown", [this](const std::string&, GVariant* values) {
+            if (firstBoolean(values) && onShutdown) onShutdown();
+        });
+    // A host that starts with the machine may be there before its user's session.
+    sessionNewSignal_ = bus_.subscribe(kManager, "SessionNew", [this](const std::string&, GVariant*) {
+        if (sessionPath_.empty()) findSession();
+    });
+    sessionRemovedSignal_ =
+        bus_.subscribe(kManager, "SessionRemoved", [this](const std::string&, GVariant* values) {
+            const char* path = nullptr;
+            if (!g_variant_is_of_type(values, G_VARIANT_TYPE("(so)"))) return;
+            g_variant_get(values, "(&s&o)", nullptr, &path);
+            if (path != sessionPath_) return;
+            watchSession({});
+            findSession();
+        });
+}
+
+LoginManager::~LoginManager() { releaseDelayLock(); }
+
+void LoginManager::appeared() {
+    isAvailable_ = true;
+    takeDelayLock();
+    findSession();
+    changed();
+}
+
+void LoginManager::vanished() {
+    isAvailable_ = false;
+    releaseDelayLock();
+    watchSession({});
+    if (std::exchange(isAsleep_, false) && onSleep) onSleep(false);
+    changed();
+}
+
+void LoginManager::prepareForSleep(bool begins) {
+    if (std::exchange(isAsleep_, begins) == begins) return;
+    if (onSleep) onSleep(begins);
+    if (begins) {
+        releaseDelayLock();
+    } else {
+        takeDelayLock();
+    }
+    changed();
+}
+
+void LoginManager::takeDelayLock() {
+    isDelayAsked_ = true;
+    bus_.call(
+        kManager, "Inhibit",
+        g_variant_new("(ssss)", "sleep", "Orvane", "Activity is stored before the machine sleeps", "delay"),
+        [this](GVariant* values, GUnixFDList* descriptors) {
+            isDelayAsked_ = false;
+            gint32 index = -1;
+            if (values == nullptr || descriptors == nullptr) return;
+            if (!g_variant_is_of_type(values, G_VARIANT_TYPE("(h)"))) return;
+            g_variant_get(values, "(h)", &index);
+            releaseDelayLock();
+            delayLock_ = g_unix_fd_list_get(descriptors, index, nullptr);
+            // Too late: the sleep that it was to delay has begun meanwhile.
+            if (isAsleep_) releaseDelayLock();
+            changed();
+        });
+}
+
+void LoginManager::releaseDelayLock() {
+    if (delayLock_ >= 0) close(std::exchange(delayLock_, -1));
+}
+
+void LoginManager::findSession() {
+    isSessionAsked_ = true;
+    const char* identifier = std::getenv("XDG_SESSION_ID");
+    if (identifier == nullptr) {
+        findSessionOfProcess();
+        return;
+    }
+    bus_.call(kManager, "GetSession", g_variant_new("(s)", identifier),
+              [this](GVariant* values, GUnixFDList*) {
+                  const auto path = objectPath(values);
+                  if (path.empty()) {
+                      findSessionOfProcess();
+                  } else {
+                      watchSession(path);
+                  }
+              });
+}
+
+void LoginManager::findSessionOfProcess() {
+    bus_.call(kManager, "GetSessionByPID", g_variant_new("(u)", static_cast<guint32>(getpid())),
+              [this](GVariant* values, GUnixFDList*) {
+                  const auto path = objectPath(values);
+                  if (path.empty()) {
+                      findSessionOfUser();
+                  } else {
+                      watchSession(path);
+                  }
+              });
+}
+
+void LoginManager::findSessionOfUser() {
+    // A service of the user's service manager belongs to no session; the one at a seat is the user's desktop.
+    bus_.call(kManager, "ListSessions", nullptr, [this](GVariant* values, GUnixFDList*) {
+        isSessionAsked_ = false;
+        if (values == nullptr || !g_variant_is_of_type(values, G_VARIANT_TYPE("(a(susso))"))) return;
+        const Variant sessions(g_variant_get_child_value(values, 0));
+        GVariantIter iterator;
+        g_variant_iter_init(&iterator, sessions.get());
+        guint32 user = 0;
+        const char* seat = nullptr;
+        const char* path = nullptr;
+        std::string found;
+        bool hasSeat = false;
+        while (g_variant_iter_next(&iterator, "(&su&s&s&o)", nullptr, &user, nullptr, &seat, &path) != 0) {
+            if (user != getuid() || hasSeat) continue;
+            hasSeat = *seat != '\0';
+            if (found.empty() || hasSeat) found = path;
+        }
+        if (!found.empty()) watchSession(found);
+    });
+}
+
+void LoginManager::watchSession(const std::string& path) {
+    isSessionAsked_ = false;
+    if (path == sessionPath_) return;
+    sessionPath_ = path;
+    lockSignal_ = {};
+    unlockSignal_ = {};
+    propertiesSignal_ = {};
+    setLock(false, false);
+    if (path.empty()) return;
+
+    const BusObject session{kService, path, kSessionInterface};
+    lockSignal_ = bus_.subscribe(session, "Lock",
+                                 [this](const std::string&, GVariant*) { setLock(true, isLockHinted_); });
+    unlockSignal_ =
+        bus_.subscribe(session, "Unlock", [this](const std::string&, GVariant*) { setLock(false, false); });
+    const auto readHint = [this, session](const std::string&, GVariant*) {
+        bus_.getBoolean(session, "LockedHint", [this, path = session.path](std::optional<bool> isLocked) {
+            if (path != sessionPath_ || !isLocked || *isLocked == isLockHinted_) return;
+            // The hint taken back also answers the request.
+            setLock(isLockRequested_ && *isLocked, *isLocked);
+        });
+    };
+    propertiesSignal_ =
+        bus_.subscribe({kService, path, "org.freedesktop.DBus.Properties"}, "PropertiesChanged", readHint);
+    readHint({}, nullptr);
+    changed();
+}
+
+void LoginManager::forgetLockRequest() { setLock(false, isLockHinted_); }
+
+void LoginManager::setLock(bool isRequested, bool isHinted) {
+    if (isRequested == isLockRequested_ && isHinted == isLockHinted_) return;
+    isLockRequested_ = isRequested;
+    isLockHinted_ = isHinted;
+    changed();
+}
+
+void LoginManager::changed() {
+    if (onChanged) onChanged();
+}
+
+}  // namespace orvane

@@ -1,0 +1,66 @@
+#include "platform/linux/x11/x11_connector.h"
+
+#include <condition_variable>
+#include <mutex>
+#include <utility>
+
+namespace orvane {
+
+struct X11Connector::Attempt {
+    std::string display;
+    std::mutex mutex;
+    std::condition_variable ended;
+    bool hasEnded = false;
+    std::unique_ptr<X11Connection> connection;
+    /// Main thread only; empty once nobody waits for the outcome any more.
+    Handler handler;
+};
+
+X11Connector::X11Connector(std::string display) : display_(std::move(display)) {}
+
+X11Connector::~X11Connector() {
+    if (attempt_) attempt_->handler = nullptr;
+}
+
+void X11Connector::connect(Handler handler) {
+    attempt_ = std::make_shared<Attempt>();
+    attempt_->display = display_;
+    attempt_->handler = std::move(handler);
+    GTask* task = g_task_new(nullptr, nullptr, nullptr, nullptr);
+    g_task_set_task_data(task, new std::shared_ptr<Attempt>(attempt_), &X11Connector::release);
+    g_task_run_in_thread(task, &X11Connector::work);
+    g_object_unref(task);
+}
+
+void X11Connector::work(GTask*, gpointer, gpointer data, GCancellable*) {
+    const auto attempt = *static_cast<std::shared_ptr<Attempt>*>(data);
+    auto connection = X11Connection::open(attempt->display);
+    {
+        const std::lock_guard lock(attempt->mutex);
+        attempt->connection = std::move(connection);
+        attempt->hasEnded = true;
+    }
+    attempt->ended.notify_all();
+    // Not the task's own callback: that one is tied to whichever context was current on the calling thread.
+    g_idle_add_full(G_PRIORITY_DEFAULT, &X11Connector::tell, new std::shared_ptr<Attempt>(attempt),
+                    &X11Connector::release);
+}
+
+gboolean X11Connector::tell(gpointer data) {
+    const auto attempt = *static_cast<std::shared_ptr<Attempt>*>(data);
+    const auto handler = std::exchange(attempt->handler, nullptr);
+    if (handler) handler(std::move(attempt->connection));
+    return G_SOURCE_REMOVE;
+}
+
+void X11Connector::release(gpointer data) { delete static_cast<std::shared_ptr<Attempt>*>(data); }
+
+bool X11Connector::wait(std::chrono::milliseconds limit, std::unique_ptr<X11Connection>& connection) {
+    std::unique_lock lock(attempt_->mutex);
+    if (!attempt_->ended.wait_for(lock, limit, [this] { return attempt_->hasEnded; })) return false;
+    attempt_->handler = nullptr;
+    connection = std::move(attempt_->connection);
+    return true;
+}
+
+}  // namespace orvane

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <sqlite3.h>
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "foundation/internal.h"
+
+namespace orvane {
+
+enum class FileOperation { open, read, write, truncate, sync, remove };
+
+/// The files of one database: itself, and whatever SQLite keeps beside it to undo or redo a transaction.
+enum class FileKind { database, journal };
+
+/// Something that SQLite is about to do to a file.
+struct FileRequest {
+    FileOperation operation;
+    FileKind kind;
+    std::string_view path;
+    bool creates = false;                      ///< open: the file is made when it is missing
+    std::int64_t offset = 0;                   ///< read and write; truncate: the new size
+    std::span<const std::uint8_t> bytes = {};  ///< write
+};
+
+/// An SQLite file system (VFS) that passes everything on to the usual one after asking `judge`. Temporary
+/// files, locks and everything that is no file are passed on unasked.
+class FileSystemShim {
+  public:
+    FileSystemShim();
+    virtual ~FileSystemShim();
+    FileSystemShim(const FileSystemShim&) = delete;
+    FileSystemShim& operator=(const FileSystemShim&) = delete;
+
+    const std::string& name() const { return name_; }
+
+  protected:
+    /// SQLITE_OK lets it happen; any other result code is what SQLite is told instead. Any thread.
+    virtual int judge(const FileRequest& request) = 0;
+    /// Told after a database or journal was opened, and before it is closed. Any thread.
+    virtual void opened(FileKind, const std::string&) {}
+    virtual void closed(FileKind, const std::string&) {}
+
+  private:
+    struct File;
+    struct Calls;
+
+    std::string name_;
+    sqlite3_vfs* usual_;
+    sqlite3_vfs vfs_;
+};
+
+}  // namespace orvane
