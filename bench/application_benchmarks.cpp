@@ -39,8 +39,8 @@ void runApplicationBenchmarks(Harness& harness, StoreFiles& files) {
     DecimalSeconds ourSeconds{0};
     const Medians duration = alternate(
         std::max<std::size_t>(harness.options().rounds, 11),
-        [&] { return wallMicroseconds([&] { rawSeconds = value(sum); }); },
-        [&] { return wallMicroseconds([&] { ourSeconds = application->duration(); }); });
+        [&] { return microseconds([&] { rawSeconds = value(sum); }); },
+        [&] { return microseconds([&] { ourSeconds = application->duration(); }); });
     // All dates are whole seconds, so nothing is rounded.
     requireSame(rawSeconds, std::chrono::duration<double>(ourSeconds).count());
     harness.add({durationName, Unit::microseconds, duration.raw, duration.ours, {.ratio = 0.6}});
@@ -48,8 +48,8 @@ void runApplicationBenchmarks(Harness& harness, StoreFiles& files) {
     double rawLatest = 0;
     std::optional<Date> ourLatest;
     const Medians lastUsed = alternate(
-        101, [&] { return wallMicroseconds([&] { rawLatest = value(latest); }); },
-        [&] { return wallMicroseconds([&] { ourLatest = application->lastUsedDate(); }); });
+        101, [&] { return microseconds([&] { rawLatest = value(latest); }); },
+        [&] { return microseconds([&] { ourLatest = application->lastUsedDate(); }); });
     requireSame(rawLatest, ourLatest ? secondsSinceEpoch(*ourLatest) : 0);
     harness.add({lastUsedName, Unit::microseconds, lastUsed.raw, lastUsed.ours, {.ours = 100}});
     harness.add({objectsName,

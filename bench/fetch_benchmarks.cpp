@@ -79,22 +79,22 @@ void runFetchBenchmarks(Harness& harness, StoreFiles& files) {
     Samples again;
     Samples release;
 
-    const auto raw = [&] { return wallMicroseconds([&] { rawValues = readRaw(select); }); };
+    const auto raw = [&] { return microseconds([&] { rawValues = readRaw(select); }); };
     const auto ours = [&] {
         std::vector<Ref<OrvaneRecording>> recordings;
-        const double live = wallMicroseconds([&] {
+        const double live = microseconds([&] {
             recordings = fetchAll<OrvaneRecording>(store.context(), allRecordings());
             ourValues = readObjects(recordings);
         });
         requireSame(rawValues, ourValues);
         std::vector<Ref<OrvaneRecording>> same;
-        again.add(wallMicroseconds([&] {
+        again.add(microseconds([&] {
             same = fetchAll<OrvaneRecording>(store.context(), allRecordings());
             ourValues = readObjects(same);
         }));
         requireSame(rawValues, ourValues);
         same.clear();
-        release.add(wallMicroseconds([&] { recordings.clear(); }));
+        release.add(microseconds([&] { recordings.clear(); }));
         return live;
     };
     const Medians live = alternate(harness.options().rounds, raw, ours);

@@ -93,7 +93,7 @@ Medians alternate(std::size_t rounds, Raw&& raw, Ours&& ours) {
     return {rawSamples.median(), ourSamples.median()};
 }
 
-/// Time that passes while `work` runs, in microseconds.
+/// Time that passes while `work` runs, in microseconds, whatever else the machine does.
 template <class Work>
 double wallMicroseconds(Work&& work) {
     const auto begin = std::chrono::steady_clock::now();
@@ -112,6 +112,15 @@ double processorMicroseconds(Work&& work) {
     const double begin = now();
     work();
     return now() - begin;
+}
+
+/// Whether `microseconds` counts processor time.
+inline bool processorTimeOnly = false;
+
+/// What most figures count: wall time, or processor time on a machine that has other work too.
+template <class Work>
+double microseconds(Work&& work) {
+    return processorTimeOnly ? processorMicroseconds(work) : wallMicroseconds(work);
 }
 
 /// Memory of the process that belongs to no file, in bytes, after free heap pages were given back.

@@ -47,6 +47,8 @@ int main(int argumentCount, char** arguments) {
     app.add_flag("--quick", quick, "100,000 recordings and fewer rounds");
     app.add_flag("--large", options.large, "Polls also with ten times as many recordings");
     app.add_flag("--fresh", fresh, "Make the store files anew");
+    app.add_flag("--processor-time", processorTimeOnly,
+                 "Processor time where wall time is usual, for a machine that has other work");
     app.add_flag("--raw-without-mutexes", withoutMutexes,
                  "Open plain SQLite's connections without its mutexes");
     CLI11_PARSE(app, argumentCount, arguments);

@@ -171,13 +171,13 @@ void benchmarkReports(Harness& harness, const std::filesystem::path& folder) {
     Totals ourTotals;
     std::vector<Ref<RangeItem>> items;
     const auto ours = [&](const Range& range) {
-        return wallMicroseconds([&] {
+        return microseconds([&] {
             items = simulated.tracker().itemsFromDate(day(range.from), day(range.to));
             ourTotals = readDurations(items);
         });
     };
     const auto rawOf = [&](const Range& range) {
-        return wallMicroseconds([&] { rawTotals = raw(day(range.from), day(range.to)); });
+        return microseconds([&] { rawTotals = raw(day(range.from), day(range.to)); });
     };
     for (const Range& range : ranges) {
         if (!harness.wants(range.name)) continue;
@@ -212,10 +212,8 @@ void benchmarkPresence(Harness& harness, const std::filesystem::path& folder) {
         std::size_t count = 0;
         Ref<OrvanePresence> presence;
         const Medians medians = alternate(
-            rounds, [&] { return wallMicroseconds([&] { count = raw(day(days[i])); }); },
-            [&] {
-                return wallMicroseconds([&] { presence = OrvanePresence::presenceForDate(day(days[i])); });
-            });
+            rounds, [&] { return microseconds([&] { count = raw(day(days[i])); }); },
+            [&] { return microseconds([&] { presence = OrvanePresence::presenceForDate(day(days[i])); }); });
         if ((count != 0) != presence->startDate().has_value())
             throw std::runtime_error("the raw loop and the library see different days");
         harness.add({presenceNames[i], Unit::microseconds, medians.raw, medians.ours, {.ratio = 2}});

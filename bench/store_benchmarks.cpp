@@ -39,7 +39,7 @@ class RawInsertion {
           setLastKey_(database_.handle(), R"(UPDATE "_keys" SET "last" = ? WHERE "entity" = 'Recording')") {}
 
     double operator()(const std::vector<RecordingRow>& rows) {
-        return wallMicroseconds([&] {
+        return microseconds([&] {
             database_.execute("BEGIN IMMEDIATE");
             lastKey_.step();
             std::int64_t key = lastKey_.integer(0);
@@ -77,7 +77,7 @@ class LibraryInsertion {
     }
 
     double operator()(const std::vector<RecordingRow>& rows) {
-        return wallMicroseconds([&] {
+        return microseconds([&] {
             for (const RecordingRow& row : rows) {
                 const Ref<OrvaneRecording> recording = store_.context().insert<OrvaneRecording>();
                 recording->setStartDate(dateFromSecondsSinceEpoch(row.startDate));
@@ -112,7 +112,7 @@ void benchmarkInsertion(Harness& harness, StoreFiles& files) {
 double openRaw(const std::filesystem::path& file, const std::string& identifier) {
     std::unique_ptr<RawDatabase> database;  // closed when the clock has stopped
     std::unique_ptr<RawStatement> select;
-    return wallMicroseconds([&] {
+    return microseconds([&] {
         database = std::make_unique<RawDatabase>(file);
         select = std::make_unique<RawStatement>(
             database->handle(),
@@ -127,7 +127,7 @@ double openOurs(const std::filesystem::path& file, const std::string& identifier
                 const std::shared_ptr<const ManagedObjectModel>& model) {
     std::unique_ptr<LibraryStore> store;
     Ref<OrvaneApp> application;
-    const double time = wallMicroseconds([&] {
+    const double time = microseconds([&] {
         store = std::make_unique<LibraryStore>(file, model ? model : loadModel());
         application = store->application(identifier);
         if (!application) throw std::runtime_error("the application was not found");

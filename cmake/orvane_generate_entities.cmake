@@ -6,8 +6,8 @@
 #     [INTERNAL])                  # for the library's own build
 #
 # Adds the generated bases and key tables of the model's classes to TARGET, made anew whenever the model changes.
-# The classes themselves are the target's own sources. OUTPUT_FOLDER, without the include prefix at its end, joins the
-# target's include path.
+# The classes themselves are the target's own sources. The calling folder and OUTPUT_FOLDER, without the include prefix
+# at its end, join the target's include path.
 function(orvane_generate_entities)
     cmake_parse_arguments(PARSE_ARGV 0 arg "INTERNAL"
         "TARGET;MODEL;OUTPUT_FOLDER;NAMESPACE;EXPORT_MACRO;INCLUDE_PREFIX" "")
@@ -69,5 +69,5 @@ function(orvane_generate_entities)
     if(arg_INCLUDE_PREFIX)
         string(REGEX REPLACE "/*${arg_INCLUDE_PREFIX}/*$" "" include_folder "${include_folder}")
     endif()
-    target_include_directories(${arg_TARGET} PRIVATE "${include_folder}")
+    target_include_directories(${arg_TARGET} PRIVATE "${CMAKE_CURRENT_SOURCE_DIR}" "${include_folder}")
 endfunction()

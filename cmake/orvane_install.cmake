@@ -36,4 +36,5 @@ endif()
 
 if(TARGET orvane_host)
     install(TARGETS orvane_host RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+    install(FILES packaging/orvane.service DESTINATION lib/systemd/user)
 endif()

@@ -140,7 +140,6 @@ std::string EntityWriter::baseHeader() const {
         out.line("#include <orvane/orvane.h>");
     }
     openNamespace(out);
-    if (options_.internal) out.line("class ManagedObjectContext;");
     forwardDeclarations(out);
     out.line();
     declareIdentifier(out);

@@ -43,7 +43,8 @@ struct ModelChange {
 
 /// All changes that lead from one version to the other. Entities and properties of the two belong together
 /// when they have the same renaming identifier; else when the new one's renaming identifier is the old one's
-/// name; else when the names are the same. An attribute and a relationship never belong together.
+/// name; else when the names are the same. So a later version that keeps the identifiers brings files of
+/// every version up to date. An attribute and a relationship never belong together.
 std::vector<ModelChange> compareModels(const ManagedObjectModel& oldModel,
                                        const ManagedObjectModel& newModel);
 

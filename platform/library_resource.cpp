@@ -2,6 +2,8 @@
 
 #include <dlfcn.h>
 
+#include <cstdlib>
+
 namespace orvane {
 
 namespace {
@@ -19,19 +21,29 @@ std::filesystem::path loadedFile() {
     return file;
 }
 
+bool isThere(const std::filesystem::path& path) {
+    std::error_code ignored;
+    return std::filesystem::exists(path, ignored);
+}
+
 }  // namespace
 
 std::optional<std::filesystem::path> libraryResource(std::string_view name, std::string_view extension) {
     std::string fileName(name);
     fileName.append(".").append(extension);
+    if (const char* chosen = std::getenv("ORVANE_RESOURCES"); chosen && *chosen) {
+        std::filesystem::path resource = std::filesystem::path(chosen) / fileName;
+        if (isThere(resource)) return resource;
+    }
     std::filesystem::path folder = loadedFile().parent_path();
     while (!folder.empty()) {
-        const std::filesystem::path candidate = folder / "share" / "orvane" / fileName;
-        std::error_code ignored;
-        if (std::filesystem::exists(candidate, ignored)) return candidate;
+        std::filesystem::path resource = folder / "share" / "orvane" / fileName;
+        if (isThere(resource)) return resource;
         if (folder == folder.root_path()) break;
         folder = folder.parent_path();
     }
+    std::filesystem::path resource = std::filesystem::path(ORVANE_RESOURCE_DIR) / fileName;
+    if (isThere(resource)) return resource;
     return std::nullopt;
 }
 

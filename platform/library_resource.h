@@ -8,9 +8,10 @@
 
 namespace orvane {
 
-/// Where a resource that ships with the library lies: `share/orvane/NAME.EXTENSION` beside or above the
-/// folder that the library was loaded from, which finds it in an installed tree, a moved one and a build
-/// folder. None when it is missing.
+/// Where a resource that ships with the library lies. Looked for in the folder that the environment variable
+/// ORVANE_RESOURCES names; then as `share/orvane/NAME.EXTENSION` beside or above the folder that the library
+/// was loaded from, which finds it in an installed tree and in a moved one; last in the tree that the library
+/// was built from. None when it is missing.
 std::optional<std::filesystem::path> libraryResource(std::string_view name, std::string_view extension);
 
 }  // namespace orvane

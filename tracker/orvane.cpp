@@ -43,13 +43,18 @@ const KeyTable& Orvane::classKeyTable() {
     return table;
 }
 
-Orvane& Orvane::sharedOrvane() {
+Orvane& Orvane::sharedOrvane() { return sharedOrvane(std::nullopt); }
+
+Orvane& Orvane::sharedOrvane(const std::optional<std::filesystem::path>& url) {
     Orvane* tracker = nullptr;
     bool isNew = false;
     {
         const std::lock_guard lock(sharedMutex);
         isNew = !shared;
-        if (isNew) shared = makeRef<Orvane>();
+        if (isNew) {
+            shared = makeRef<Orvane>();
+            shared->setUrl(url);
+        }
         tracker = shared.get();
     }
     // Outside the lock: delivering the value may run a poll, and whoever that tells may ask for the tracker.

@@ -31,6 +31,8 @@ class ORVANE_EXPORT Orvane : public KeyedObject {
     /// user default "OrvaneEnabled", the workspace's activation and sleep notices and the host application's
     /// end.
     static Orvane& sharedOrvane();
+    /// The same, with the store in the folder `url` when this is the call that makes the tracker.
+    static Orvane& sharedOrvane(const std::optional<std::filesystem::path>& url);
     /// Ends the tracker that `sharedOrvane` made; the next call makes another. For hosts that test.
     static void resetShared();
 

@@ -105,25 +105,50 @@ std::string negated(const std::string& condition) {
     return "(" + condition + ") IS NOT TRUE";
 }
 
-int textFunctionCode(ComparisonOperator comparison, bool ignoreCase, bool ignoreDiacritics) {
-    return static_cast<int>(comparison) * 4 + (ignoreCase ? 1 : 0) + (ignoreDiacritics ? 2 : 0);
-}
-
 std::optional<std::string> ComparisonWriter::write(const PredicateNode& comparison, const Side& left,
                                                    const Side& right, std::vector<Bound>* bounds) {
     bounds_ = bounds;
-    ignoreCase_ = comparison.ignoreCase;
-    ignoreDiacritics_ = comparison.ignoreDiacritics;
-    return compare(comparison.comparison, left, right);
+    if (!comparison.ignoreCase && !comparison.ignoreDiacritics)
+        return compare(comparison.comparison, left, right);
+    return compare(comparison.comparison, folded(left, comparison), folded(right, comparison));
+}
+
+/// The side with its texts as they are compared when differences are ignored: constants are folded here and
+/// now.
+Side ComparisonWriter::folded(const Side& side, const PredicateNode& comparison) {
+    const auto fold = [&](const std::string& text) {
+        return foldedText(text, comparison.ignoreCase, comparison.ignoreDiacritics);
+    };
+    if (const Column* column = side.column()) {
+        if (column->kind != Column::Kind::text) return side;
+        const int mode = (comparison.ignoreCase ? 1 : 0) + (comparison.ignoreDiacritics ? 2 : 0);
+        return Side{
+            Column{std::string(foldingFunction) + "(" + std::to_string(mode) + ", " + column->sql + ")",
+                   Column::Kind::text,
+                   nullptr,
+                   {}}};
+    }
+    if (const Value* constant = side.constant()) {
+        if (const std::string* text = constant->asString())
+            return Side{&foldedConstants_.emplace_back(fold(*text))};
+        const Value::Array* array = constant->asArray();
+        if (!array) return side;
+        Value::Array elements = *array;
+        for (Value& element : elements)
+            if (const std::string* text = element.asString()) element = fold(*text);
+        return Side{&foldedConstants_.emplace_back(std::move(elements))};
+    }
+    std::vector<Side> elements;
+    for (const Side& element : std::get<std::vector<Side>>(side.content))
+        elements.push_back(folded(element, comparison));
+    return Side{std::move(elements)};
 }
 
 std::optional<std::string> ComparisonWriter::compare(ComparisonOperator comparison, const Side& left,
                                                      const Side& right) {
     if (left.constant() && right.constant())
         return std::string(
-            compareValues(comparison, ignoreCase_, ignoreDiacritics_, *left.constant(), *right.constant())
-                ? everyRow
-                : noRow);
+            compareValues(comparison, false, false, *left.constant(), *right.constant()) ? everyRow : noRow);
     switch (comparison) {
         case ComparisonOperator::equal:
             return equal(left, right);
@@ -158,8 +183,6 @@ std::optional<std::string> ComparisonWriter::equal(const Side& left, const Side&
     const std::string bothAbsent = "(" + column.sql + " IS NULL AND " + other.sql + " IS NULL)";
     if (!sameClass(column, other)) return bothAbsent;
     if (!sameUnit(column, other)) return std::nullopt;
-    if (folds() && column.kind == Column::Kind::text)
-        return "(" + function(ComparisonOperator::equal, column.sql, other.sql) + " OR " + bothAbsent + ")";
     return column.sql + " IS " + other.sql;
 }
 
@@ -173,7 +196,6 @@ std::optional<std::string> ComparisonWriter::ordered(ComparisonOperator comparis
     const Column& other = *right.column();
     if (!sameClass(column, other) || column.kind == Column::Kind::object) return std::string(noRow);
     if (!sameUnit(column, other)) return std::nullopt;
-    if (folds() && column.kind == Column::Kind::text) return function(comparison, column.sql, other.sql);
     return column.sql + " " + std::string(sqlOperator(comparison)) + " " + other.sql;
 }
 
@@ -184,13 +206,15 @@ std::optional<std::string> ComparisonWriter::textOperator(ComparisonOperator com
         return side.column() && side.column()->kind == Column::Kind::text;
     };
     if (!isText(left) || !isText(right)) return std::string(noRow);
-    if (comparison == ComparisonOperator::beginsWith && !folds() && left.column() && right.constant())
+    if (comparison == ComparisonOperator::beginsWith && left.column() && right.constant())
         return prefixed(*left.column(), *right.constant()->asString());
     const auto sql = [&](const Side& side) {
         return side.column() ? side.column()->sql : parameter(*side.constant());
     };
-    const std::string leftSql = sql(left);
-    return function(comparison, leftSql, sql(right));
+    std::string result =
+        std::string(textFunction) + "(" + std::to_string(static_cast<int>(comparison)) + ", ";
+    result += sql(left);
+    return result + ", " + sql(right) + ")";
 }
 
 std::optional<std::string> ComparisonWriter::anyEqual(const Side& list, const Side& value) {
@@ -211,7 +235,6 @@ std::optional<std::string> ComparisonWriter::anyEqual(const Side& list, const Si
 std::optional<std::string> ComparisonWriter::between(const Side& value, const Side& bounds) {
     const auto elements = elementsOf(bounds);
     if (!elements || elements->size() != 2) return std::string(noRow);
-    ignoreCase_ = ignoreDiacritics_ = false;
     const Text low = compare(ComparisonOperator::greaterOrEqual, value, elements->front());
     const Text high = compare(ComparisonOperator::lessOrEqual, value, elements->back());
     if (!low || !high) return std::nullopt;
@@ -220,8 +243,6 @@ std::optional<std::string> ComparisonWriter::between(const Side& value, const Si
 
 std::string ComparisonWriter::equalConstant(const Column& column, const Value& constant) {
     if (constant.isNone()) return column.sql + " IS NULL";
-    if (folds() && column.kind == Column::Kind::text && constant.asString())
-        return function(ComparisonOperator::equal, column.sql, parameter(constant));
     if (auto stored = storedConstant(column, constant)) return bounded(column, "=", std::move(*stored));
     if (!isNumber(column) || !constant.isNumber()) return std::string(noRow);
     // Several stored numbers can equal one that is less exact; or none does.
@@ -236,8 +257,6 @@ std::string ComparisonWriter::equalConstant(const Column& column, const Value& c
 std::string ComparisonWriter::orderedConstant(ComparisonOperator comparison, const Column& column,
                                               const Value& constant) {
     if (column.kind == Column::Kind::object) return std::string(noRow);
-    if (folds() && column.kind == Column::Kind::text && constant.asString())
-        return function(comparison, column.sql, parameter(constant));
     if (auto stored = storedConstant(column, constant))
         return bounded(column, sqlOperator(comparison), std::move(*stored));
     if (!isNumber(column) || !constant.isNumber()) return std::string(noRow);
@@ -264,8 +283,7 @@ std::string ComparisonWriter::amongConstants(const Column& column, const Value::
     std::string list;
     bounds_ = nullptr;
     for (const Value& constant : constants) {
-        const bool isFolded = folds() && constant.asString();
-        if (auto stored = isFolded ? std::nullopt : storedConstant(column, constant)) {
+        if (auto stored = storedConstant(column, constant)) {
             list += (list.empty() ? "" : ", ") + parameter(std::move(*stored));
             continue;
         }
@@ -285,13 +303,6 @@ std::string ComparisonWriter::prefixed(const Column& column, const std::string& 
     if (next.empty()) return low;
     next.back() = static_cast<char>(static_cast<unsigned char>(next.back()) + 1);
     return "(" + low + " AND " + bounded(column, "<", std::move(next)) + ")";
-}
-
-std::string ComparisonWriter::function(ComparisonOperator comparison, const std::string& left,
-                                       const std::string& right) const {
-    return std::string(textFunctionName) + "(" +
-           std::to_string(textFunctionCode(comparison, ignoreCase_, ignoreDiacritics_)) + ", " + left + ", " +
-           right + ")";
 }
 
 std::string ComparisonWriter::parameter(Value value) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <memory>
+#include <deque>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -70,8 +70,9 @@ class ComparisonWriter {
                                      std::vector<Bound>* bounds);
 
   private:
-    struct StoredRange;
     using Text = std::optional<std::string>;
+
+    Side folded(const Side& side, const PredicateNode& comparison);
 
     Text compare(ComparisonOperator comparison, const Side& left, const Side& right);
     Text equal(const Side& left, const Side& right);
@@ -84,21 +85,19 @@ class ComparisonWriter {
     std::string orderedConstant(ComparisonOperator comparison, const Column& column, const Value& constant);
     std::string amongConstants(const Column& column, const Value::Array& constants);
     std::string prefixed(const Column& column, const std::string& prefix);
-    std::string function(ComparisonOperator comparison, const std::string& left,
-                         const std::string& right) const;
 
     std::string parameter(Value value);
     std::string bounded(const Column& column, std::string_view comparison, Value value);
-    bool folds() const { return ignoreCase_ || ignoreDiacritics_; }
 
     std::vector<Value>& bindings_;
     std::vector<Bound>* bounds_ = nullptr;
-    bool ignoreCase_ = false;
-    bool ignoreDiacritics_ = false;
+    std::deque<Value> foldedConstants_;
 };
 
-/// Name and first argument of the SQL function that compares two texts as memory does.
-inline constexpr const char* textFunctionName = "orvane_text";
-int textFunctionCode(ComparisonOperator comparison, bool ignoreCase, bool ignoreDiacritics);
+/// SQL functions that do what memory does. The first applies the text operator of that number to two texts;
+/// the second yields a text without the differences to ignore: 1 those of case, 2 those of diacritics, 3
+/// both.
+inline constexpr const char* textFunction = "orvane_text";
+inline constexpr const char* foldingFunction = "orvane_folded";
 
 }  // namespace orvane::sqlite

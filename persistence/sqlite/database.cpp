@@ -36,6 +36,11 @@ bool demandPlainFile(const std::filesystem::path& file, bool create, Error* erro
         if (S_ISDIR(status.st_mode)) return refuse("a folder stands in its place. Move the folder away.");
         if (!S_ISREG(status.st_mode))
             return refuse("what stands in its place is no plain file. Move it away.");
+        // SQLite takes a file of one byte for an empty one and would write over it.
+        if (status.st_size == 1) {
+            assignError(error, errorForCode(SQLITE_NOTADB, "a single byte", file));
+            return false;
+        }
         return true;
     }
     if (errno == ENOENT && create) {

@@ -40,8 +40,8 @@ class Migration {
             }
         // Under the old names first, then the new names, then what is made under them.
         if (dropOldIndexes() && dropColumnsAndTables() && renameColumns() && renameTables() &&
-            addTablesAndColumns() && convertValues() && writeModel(database_, newModel_, &failure_) &&
-            makeNewIndexes())
+            addTablesAndColumns() && convertValues() && makeNewIndexes() &&
+            recordModel(database_, newModel_, &failure_))
             return true;
         // What SQL itself objects to stands in the file: a view on a column that goes, a table of a name that
         // comes.

@@ -110,11 +110,13 @@ bool createSchema(Database& database, const ManagedObjectModel& model, Error* er
     const std::string storeIdentifier(identifier);
     g_free(identifier);
     return database.execute(statements.c_str(), error) &&
-           writeMetadata(database, "store", storeIdentifier, error) && writeModel(database, model, error);
+           writeMetadata(database, "store", storeIdentifier, error) && recordModel(database, model, error);
 }
 
-bool writeModel(Database& database, const ManagedObjectModel& model, Error* error) {
-    return writeMetadata(database, "model", model.text(), error);
+bool recordModel(Database& database, const ManagedObjectModel& model, Error* error) {
+    const auto schema = database.singleValue("PRAGMA schema_version", error);
+    return schema && writeMetadata(database, "model", model.text(), error) &&
+           writeMetadata(database, "schema", std::to_string(schema->integerValue()), error);
 }
 
 }  // namespace orvane::sqlite

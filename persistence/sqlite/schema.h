@@ -22,8 +22,9 @@ namespace orvane::sqlite {
 // end) has the partial index "Entity:start>end" on (start) WHERE end < start.
 //   "_keys"("entity" TEXT PRIMARY KEY, "last" INTEGER): the last key given out, so that none is given out
 //   twice.
-//   "_metadata"("name" TEXT PRIMARY KEY, "value"): "store" (UUID of the store), "model" (text of the model).
-// `application_id` is 0x4F72766E ("Orvn"), `user_version` the number of this layout, 1.
+//   "_metadata"("name" TEXT PRIMARY KEY, "value"): "store" (UUID of the store), "model" (text of the model),
+// "schema" (SQLite's number of the schema as the library left it: while it is the same, nobody changed a
+// table). `application_id` is 0x4F72766E ("Orvn"), `user_version` the number of this layout, 1.
 
 inline constexpr std::int64_t applicationId = 0x4F72766E;
 inline constexpr std::int64_t layoutVersion = 1;
@@ -53,8 +54,9 @@ std::string tableStatement(const EntityDescription& entity);
 /// be called within a transaction.
 bool createSchema(Database& database, const ManagedObjectModel& model, Error* error);
 
-/// Writes the text of the model into the metadata. To be called within a transaction.
-bool writeModel(Database& database, const ManagedObjectModel& model, Error* error);
+/// Writes the text of the model into the metadata, and the number of the schema that goes with it. To be
+/// called within the transaction that made or changed tables or indexes, after that.
+bool recordModel(Database& database, const ManagedObjectModel& model, Error* error);
 
 struct PreparedStore {
     std::unique_ptr<Database> database;

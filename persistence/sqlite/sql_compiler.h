@@ -29,18 +29,18 @@ struct CompiledQuery {
     std::string alternativeWhere;
     std::string alternativeFrom;
 
-    /// Whether `column` alone orders and bounds the answer, so that it may be read in pieces by (column, "_id");
-    /// empty when the pieces go by "_id".
+    /// A column of reals whose range bounds the answer and which an index gives in order, so that the answer may be
+    /// read in pieces by (column, "_id"); empty when the pieces go by "_id".
     std::string pieceColumn;
 };
 
-/// Translates predicate and orders. None when some part (a computed key, a collection operator) has no column: the
-/// caller then decides in memory. Throws UnknownKeyError only for keys that the class does not have either: the
-/// caller passes in `isComputedKey` to tell. Answers are exactly those of Predicate::evaluate and sortUsing.
+/// Translates predicate and orders. None when some part (a computed key, a collection operator, a key that nobody
+/// knows) has no column, or SQLite could not take the condition: the caller then decides in memory, which also reports
+/// unknown keys. Answers are exactly those of Predicate::evaluate and sortUsing. `where` may stand between ANDs.
 std::optional<CompiledQuery> compileQuery(const ManagedObjectModel& model, const EntityDescription& entity,
                                           const PredicateNode* predicate, std::span<const SortOrder> orders);
 
-/// Registers the functions that compiled conditions call (text comparisons shared with memory).
+/// Registers the functions that compiled conditions call, on every connection that runs them.
 bool registerFunctions(Database& database, Error* error);
 
 /// The key of a stored object as conditions compare it: supplied by the object graph, since a value holds an object.

@@ -1,5 +1,6 @@
 #include "persistence/sqlite/store_inspection.h"
 
+#include <algorithm>
 #include <array>
 #include <map>
 
@@ -18,6 +19,7 @@ struct Header {
     bool cutShort = false;
     std::int64_t application = 0;
     std::int64_t layout = 0;
+    std::int64_t schema = 0;  ///< changes with every change of a table or an index
 };
 
 std::uint32_t bigEndian(const unsigned char* bytes) {
@@ -35,7 +37,7 @@ class Inspector {
         // whatever is wrong with file, folder and locks shows here.
         if (!loadSchema()) return std::nullopt;
         const bool hasMetadata = columnType("_metadata", "value").has_value();
-        if (!(hasMetadata ? readAll() : readHeaderAlone())) return std::nullopt;
+        if (!(hasMetadata ? readMetadata() : readHeaderAlone())) return std::nullopt;
         if (header_.empty) {
             result_.empty = true;
             return std::move(result_);
@@ -53,10 +55,6 @@ class Inspector {
     }
 
   private:
-    static constexpr const char* everything =
-        R"(SELECT 0, "name", "value" FROM "_metadata" UNION ALL )"
-        R"(SELECT 1, "name", "sql" FROM "sqlite_schema" WHERE "type" = 'index' AND "sql" IS NOT NULL)";
-
     std::nullopt_t refuse(PersistenceErrorCode code, const std::string& what,
                           const std::string& reason = {}) {
         Error::UserInfo userInfo{
@@ -112,6 +110,7 @@ class Inspector {
         }
         header_.empty = size == 0;
         header_.writeAhead = bytes[18] == 2;
+        header_.schema = bigEndian(&bytes[40]);
         header_.layout = bigEndian(&bytes[60]);
         header_.application = bigEndian(&bytes[68]);
         const std::uint32_t storedPageSize = std::uint32_t{bytes[16]} << 8 | bytes[17];
@@ -127,7 +126,9 @@ class Inspector {
         if (!header_.writeAhead) return true;
         const auto application = database_.singleValue("PRAGMA application_id", error_);
         const auto layout = application ? database_.singleValue("PRAGMA user_version", error_) : std::nullopt;
-        if (!layout) return false;
+        const auto schema = layout ? database_.singleValue("PRAGMA schema_version", error_) : std::nullopt;
+        if (!schema) return false;
+        header_.schema = schema->integerValue();
         header_.application = application->integerValue();
         header_.layout = layout->integerValue();
         return true;
@@ -148,10 +149,20 @@ class Inspector {
         return false;
     }
 
-    bool readAll() { return step(everything, &Inspector::takeMetadataOrIndex); }
-    bool takeMetadataOrIndex(const Statement& row) {
-        auto& texts = row.integer(0) == 0 ? metadata_ : indexes_;
-        texts.emplace(row.text(1), row.text(2));
+    bool readMetadata() {
+        return step(R"(SELECT "name", "value" FROM "_metadata")", &Inspector::takeMetadata);
+    }
+    bool takeMetadata(const Statement& row) {
+        metadata_.emplace(row.text(0), row.text(1));
+        return true;
+    }
+    bool readIndexes() {
+        return step(
+            R"(SELECT "name", "sql" FROM "sqlite_schema" WHERE "type" = 'index' AND "sql" IS NOT NULL)",
+            &Inspector::takeIndex);
+    }
+    bool takeIndex(const Statement& row) {
+        indexes_.emplace(row.text(0), row.text(1));
         return true;
     }
     bool readHeaderAlone() { return step("SELECT count(*) FROM \"sqlite_schema\"", &Inspector::skipRow); }
@@ -163,16 +174,13 @@ class Inspector {
         if (store == metadata_.end() || text == metadata_.end() || store->second.empty())
             return refuseDamaged("its metadata is incomplete");
         result_.storeIdentifier = store->second;
-        const ManagedObjectModel* stored = &model_;
-        if (text->second != model_.text()) {
-            if (!readOtherModel(text->second)) return std::nullopt;
-            stored = result_.storedModel.get();
+        if (text->second == model_.text()) {
+            // Nobody touched tables or indexes since the library last did.
+            if (metadata_["schema"] == std::to_string(header_.schema)) return std::move(result_);
+            if (!checkTables(model_) || !findIndexesToMake()) return std::nullopt;
+        } else if (!readOtherModel(text->second) || !checkTables(*result_.storedModel)) {
+            return std::nullopt;
         }
-        for (const char* column : {"entity", "last"})
-            if (!columnType("_keys", column)) return refuseMissing("_keys", column);
-        for (const EntityDescription& entity : stored->entities())
-            if (!checkTable(entity)) return std::nullopt;
-        if (!result_.storedModel) findIndexesToMake();
         return std::move(result_);
     }
 
@@ -197,6 +205,15 @@ class Inspector {
         return refuseDamaged("the table \"" + table + "\" or its column \"" + column + "\" is missing");
     }
 
+    bool checkTables(const ManagedObjectModel& stored) {
+        for (const char* column : {"entity", "last"})
+            if (!columnType("_keys", column)) {
+                refuseMissing("_keys", column);
+                return false;
+            }
+        return std::ranges::all_of(stored.entities(), [&](const auto& entity) { return checkTable(entity); });
+    }
+
     bool checkTable(const EntityDescription& entity) {
         std::vector<ColumnText> columns = columnsOf(entity);
         columns.push_back({"_id", "INTEGER"});
@@ -216,13 +233,15 @@ class Inspector {
         return true;
     }
 
-    void findIndexesToMake() {
+    bool findIndexesToMake() {
+        if (!readIndexes()) return false;
         for (const EntityDescription& entity : model_.entities())
             for (IndexText& index : indexesOf(entity)) {
                 const auto found = indexes_.find(index.name);
                 if (found == indexes_.end() || found->second != index.statement)
                     result_.indexesToMake.push_back(std::move(index));
             }
+        return true;
     }
 
     Database& database_;

@@ -88,7 +88,8 @@ std::optional<StoreInspection> bringUpToDate(Database& database, const ManagedOb
     if (!found) return std::nullopt;
     const bool done = found->empty         ? createSchema(database, model, error)
                       : found->storedModel ? migrate(database, *found->storedModel, model, error)
-                                           : makeIndexes(database, found->indexesToMake, error);
+                                           : makeIndexes(database, found->indexesToMake, error) &&
+                                                 recordModel(database, model, error);
     if (!done || !transaction.commit(error)) return std::nullopt;
     return inspectStore(database, model, error);
 }

@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <system_error>
 
 #include "platform/library_resource.h"
@@ -90,14 +89,7 @@ Value LinuxFileManager::bundleInformation(std::string_view bundlePath, std::stri
 }
 
 std::optional<fs::path> LinuxFileManager::URLForResource(std::string_view name, std::string_view extension) {
-    std::string file(name);
-    if (!extension.empty()) (file += '.') += extension;
-    if (const char* folder = std::getenv("ORVANE_RESOURCES"); folder && *folder) {
-        if (fs::path resource = fs::path(folder) / file; fileExists(resource)) return resource;
-    }
-    if (auto resource = libraryResource(name, extension)) return resource;
-    if (fs::path resource = fs::path(ORVANE_RESOURCE_DIR) / file; fileExists(resource)) return resource;
-    return std::nullopt;
+    return libraryResource(name, extension);
 }
 
 }  // namespace orvane

@@ -15,8 +15,6 @@ class LinuxFileManager : public FileManager {
     bool fileExists(const std::filesystem::path& path) override;
     /// "CFBundleName" is the entry's name in the user's language, "CFBundleIdentifier" its identifier.
     Value bundleInformation(std::string_view bundlePath, std::string_view key) override;
-    /// Looks in the folder that the environment variable ORVANE_RESOURCES names, among what is installed with
-    /// the library, and last in the tree that the library was built from.
     std::optional<std::filesystem::path> URLForResource(std::string_view name,
                                                         std::string_view extension) override;
 };

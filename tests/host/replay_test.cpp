@@ -25,7 +25,8 @@ struct Outcome {
 Outcome run(std::istream& trace, const std::optional<fs::path>& supportFolder = std::nullopt) {
     std::ostringstream output;
     std::ostringstream errors;
-    const int status = runReplay(trace, output, errors, {.supportFolder = supportFolder});
+    const int status =
+        runReplay(trace, output, errors, {.supportFolder = supportFolder, .resourceFolder = {}});
     Outcome outcome{status, {}, errors.str()};
     std::istringstream lines(output.str());
     for (std::string line; std::getline(lines, line);) outcome.output.push_back(Json::parse(line));
@@ -78,7 +79,7 @@ TEST_P(ReplayOfTrace, PrintsWhatIsExpected) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Traces, ReplayOfTrace, testing::Values("times", "edits", "storage"),
-                         [](const auto& info) { return std::string(info.param); });
+                         [](const auto& trace) { return std::string(trace.param); });
 
 class ReplayOverFolder : public testing::Test {
   protected:

@@ -1,0 +1,129 @@
+#include <CLI/CLI.hpp>
+#include <exception>
+#include <functional>
+#include <iostream>
+
+#include "host/command.h"
+#include "host/replay/replay.h"
+
+namespace {
+
+using orvane::host::CommonOptions;
+
+constexpr const char* exitStatusText =
+    "Exit status: 0 when it was done, 1 when it could not be done, 2 when the command line or the input is "
+    "wrong.";
+
+/// The commands with their options; `run` is set to what was asked for.
+class CommandLine {
+  public:
+    CommandLine() {
+        app_.require_subcommand(1);
+        app_.footer(exitStatusText);
+        app_.set_version_flag("--version", ORVANE_VERSION);
+        addCommon("track", "Record which application is in front, until this is ended",
+                  [this] { return orvane::host::runTrack(options_); });
+        addCommon("enable", "Switch tracking on", [this] { return orvane::host::runEnable(true, options_); });
+        addCommon("disable", "Switch tracking off",
+                  [this] { return orvane::host::runEnable(false, options_); });
+        addApps();
+        addReport();
+        addPresence();
+        addCommon("doctor", "Tell what of the desktop is missing, and what to do about it",
+                  [this] { return orvane::host::runDoctor(options_); });
+        addReplay();
+    }
+
+    int parseAndRun(int argc, char** argv) {
+        try {
+            app_.parse(argc, argv);
+        } catch (const CLI::ParseError& error) {
+            return app_.exit(error) == 0 ? orvane::host::exitSuccess : orvane::host::exitUsage;
+        }
+        return run_();
+    }
+
+  private:
+    CLI::App* addCommon(const char* name, const char* description, std::function<int()> run) {
+        CLI::App* command = app_.add_subcommand(name, description);
+        command->footer(exitStatusText);
+        command->add_flag("--json", options_.json, "Print JSON for programs");
+        command->add_option("--store", options_.store, "Folder that holds the database")->type_name("DIR");
+        command->callback([this, run = std::move(run)] { choose(run); });
+        return command;
+    }
+
+    void addApps() {
+        CLI::App* apps = addCommon("apps", "List the applications with their total time",
+                                   [this] { return orvane::host::runApps(options_); });
+        const auto add = [&](const char* name, const char* description, bool disabled) {
+            CLI::App* command = apps->add_subcommand(name, description);
+            command->add_option("ID", identifier_, "The application's identifier")->required();
+            command->add_flag("--json", options_.json, "Print JSON for programs");
+            command->add_option("--store", options_.store, "Folder that holds the database")
+                ->type_name("DIR");
+            command->callback([this, disabled] {
+                choose([this, disabled] {
+                    return orvane::host::runDisableApp(identifier_, disabled, options_);
+                });
+            });
+        };
+        add("disable", "Record an application no more", true);
+        add("enable", "Record an application again", false);
+    }
+
+    void addReport() {
+        CLI::App* report = addCommon("report", "Tell where the time went", [this] {
+            report_.common = options_;
+            return orvane::host::runReport(report_);
+        });
+        report->add_option("RANGE", report_.range,
+                           "today (the default), yesterday, week, month, year, all, 2026-03-02, FROM..TO");
+        report->add_flag("--windows", report_.windows, "List the windows behind each application");
+        report->add_flag("--csv", report_.csv, "Print comma-separated values");
+    }
+
+    void addPresence() {
+        CLI::App* presence = addCommon("presence", "Tell when each day began and ended",
+                                       [this] { return orvane::host::runPresence(range_, options_); });
+        presence->add_option("RANGE", range_, "As for report; today when left out");
+    }
+
+    void addReplay() {
+        CLI::App* replay = app_.add_subcommand("replay", "Run a trace against a simulated desktop");
+        replay->footer(exitStatusText);
+        replay->add_option("TRACE", trace_, "File of JSON Lines; - for standard input")->required();
+        replay
+            ->add_option("--support", replayOptions_.supportFolder,
+                         "The simulated user's folder for application data")
+            ->type_name("DIR");
+        replay->callback(
+            [this] { choose([this] { return orvane::host::runReplayFile(trace_, replayOptions_); }); });
+    }
+
+    /// The innermost command was parsed first and is the one that is meant.
+    void choose(std::function<int()> run) {
+        if (!run_) run_ = std::move(run);
+    }
+
+    CLI::App app_{"Orvane records which application window you work in, and tells where the time went.",
+                  "orvane"};
+    CommonOptions options_;
+    orvane::host::ReportOptions report_;
+    std::string range_ = "today";
+    std::string identifier_;
+    std::string trace_;
+    orvane::host::ReplayOptions replayOptions_;
+    std::function<int()> run_;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return CommandLine().parseAndRun(argc, argv);
+    } catch (const std::exception& error) {
+        std::cerr << "orvane: " << error.what() << '\n';
+        return orvane::host::exitFailure;
+    }
+}
