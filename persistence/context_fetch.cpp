@@ -52,6 +52,20 @@ class ReadTransaction {
     bool open_ = false;
 };
 
+void demandKey(const EntityTable& table, std::string_view keyPath) {
+    const std::string_view key = keyPath.substr(0, keyPath.find('.'));
+    if (!key.starts_with('@') && !table.keys().find(key))
+        throw UnknownKeyError(table.keys().className(), key);
+}
+
+/// What the file cannot decide is asked of each object. A key that no object has is refused even when there
+/// is none.
+void demandKeys(const EntityTable& table, const PredicateNode& node) {
+    for (const PredicateOperand* operand : {&node.left, &node.right})
+        if (operand->kind == PredicateOperand::Kind::keyPath) demandKey(table, operand->keyPath);
+    for (const PredicateNode& child : node.children) demandKeys(table, child);
+}
+
 void cut(std::vector<Ref<ManagedObject>>& objects, const FetchRequest& request) {
     const std::size_t offset = std::min(request.fetchOffset, objects.size());
     objects.erase(objects.begin(), objects.begin() + static_cast<std::ptrdiff_t>(offset));
@@ -66,10 +80,14 @@ std::optional<CompiledQuery> ContextState::compile(const FetchRequest& request,
         sqlite::compileQuery(coordinator_->model(), entity,
                              request.predicate ? &request.predicate->root() : nullptr, request.sortOrders);
     // Rows joined from other entities are judged by the file, which does not know their unsaved changes.
-    if (query)
+    if (query) {
         for (const EntityDescription* other : query->otherEntities)
             if (hasPendingChanges(other->index)) return std::nullopt;
-    return query;
+        return query;
+    }
+    if (request.predicate) demandKeys(table(entity), request.predicate->root());
+    for (const SortOrder& order : request.sortOrders) demandKey(table(entity), order.keyPath);
+    return std::nullopt;
 }
 
 std::optional<std::vector<Ref<ManagedObject>>> ContextState::fetch(const FetchRequest& request,

@@ -69,7 +69,7 @@ DynamicObject::~DynamicObject() {
     visitSlots(layout_, row_.get(), []<class Slot>(Slot* slot) { slot->~Slot(); });
 }
 
-const KeyTable& DynamicObject::keyTable() const { return *layout_.dynamicKeys(); }
+const KeyTable& DynamicObject::keyTable() const { return layout_.keys(); }
 
 Value DynamicObject::valueForKey(std::string_view key) const {
     if (const auto property = entity().propertyIndex(key)) return readProperty(*property);

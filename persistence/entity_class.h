@@ -41,6 +41,7 @@ struct EntityClass {
     std::size_t alignment;
     ManagedObject* (*construct)(void* memory);
     void* (*row)(ManagedObject& object);
+    const KeyTable* keys;
     /// In the order of the model's properties.
     std::span<const RowSlot> slots;
     std::span<const DerivedSeconds> derived;
@@ -55,6 +56,7 @@ const EntityClass& entityClass() {
         alignof(T),
         [](void* memory) -> ManagedObject* { return new (memory) T; },
         [](ManagedObject& object) -> void* { return static_cast<T&>(object).rowAddress(); },
+        &T::classKeyTable(),
         T::rowSlots(),
         T::derivedSeconds(),
     };

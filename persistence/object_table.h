@@ -93,7 +93,8 @@ class EntityTable {
     const std::vector<RowSlot>& slots() const { return slots_; }
     const std::vector<StoredColumn>& columns() const { return columns_; }
     const EntityClass* objectClass() const { return objectClass_; }
-    const KeyTable* dynamicKeys() const { return dynamicKeys_.get(); }
+    /// What can be asked of the entity's objects by key.
+    const KeyTable& keys() const { return objectClass_ ? *objectClass_->keys : *dynamicKeys_; }
     std::size_t dynamicRowSize() const { return dynamicRowSize_; }
     /// Relationship of a property index.
     const RelationshipDescription& relationship(std::size_t property) const {

@@ -18,13 +18,24 @@ constexpr Seconds gapLimit{21600};   // a longer break ends a night's activity
 constexpr Seconds dayShift{86400};
 constexpr const char* absentText = "(null)";
 
-std::vector<Ref<OrvaneRecording>> activeRecordings(ManagedObjectContext* context, Date from, Date to,
-                                                   const char* order) {
-    if (!context) return {};
-    return context->fetch<OrvaneRecording>(
-        {std::string(OrvaneRecording::entityName()),
-         Predicate::withFormat("idle == 0 AND startDate >= %@ AND endDate <= %@", {Value(from), Value(to)}),
-         {{order, true}}});
+struct Span {
+    Date start;
+    Date end;
+};
+
+std::vector<Span> activeSpans(ManagedObjectContext* context, Date from, Date to, const char* order) {
+    std::vector<Span> spans;
+    if (!context) return spans;
+    for (const Ref<OrvaneRecording>& recording : context->fetch<OrvaneRecording>(
+             {std::string(OrvaneRecording::entityName()),
+              Predicate::withFormat("idle == 0 AND startDate >= %@ AND endDate <= %@",
+                                    {Value(from), Value(to)}),
+              {{order, true}}})) {
+        const std::optional<Date> start = recording->startDate();
+        const std::optional<Date> end = recording->endDate();
+        if (start && end) spans.push_back({*start, *end});
+    }
+    return spans;
 }
 
 std::string transformed(const std::optional<Date>& date, const char* transformer) {
@@ -53,32 +64,28 @@ Ref<OrvanePresence> OrvanePresence::presenceForDate(Date date) {
     const Date dayStart = orvaneDayStart(date);
     const Date dayEnd = orvaneDayEnd(date);
 
-    const auto today = activeRecordings(context, dayStart, dayEnd, "startDate");
+    const std::vector<Span> today = activeSpans(context, dayStart, dayEnd, "startDate");
     if (today.empty()) return presence;
-    // Both bounds were compared with, so every recording here has a start and an end.
-    Date start = *today.front()->startDate();
-    Date end = *today.front()->endDate();
-    for (const Ref<OrvaneRecording>& recording : today) end = std::max(end, *recording->endDate());
+    Date start = today.front().start;
+    Date end = today.front().end;
+    for (const Span& span : today) end = std::max(end, span.end);
 
     if (start - dayStart < edgeMargin) {
         // From start to start: a long recording counts as part of the break after it.
         Date previous = start;
-        for (const Ref<OrvaneRecording>& recording : today) {
-            const Date next = *recording->startDate();
-            if (next - previous > gapLimit) {
-                start = next;
+        for (const Span& span : today) {
+            if (span.start - previous > gapLimit) {
+                start = span.start;
                 break;
             }
-            previous = next;
+            previous = span.start;
         }
     }
     if (dayEnd - end < edgeMargin) {
         // From end to end, by plain days of 86,400 seconds also when the clocks change.
-        for (const Ref<OrvaneRecording>& recording :
-             activeRecordings(context, dayStart + dayShift, dayEnd + dayShift, "endDate")) {
-            const Date next = *recording->endDate();
-            if (next - end > gapLimit) break;
-            end = next;
+        for (const Span& span : activeSpans(context, dayStart + dayShift, dayEnd + dayShift, "endDate")) {
+            if (span.end - end > gapLimit) break;
+            end = span.end;
         }
     }
     presence->setStartDate(start);

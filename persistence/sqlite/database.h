@@ -39,7 +39,8 @@ class Statement {
     void bind(int index, std::int64_t value) { sqlite3_bind_int64(statement_, index, value); }
     void bind(int index, double value) { sqlite3_bind_double(statement_, index, value); }
     void bind(int index, std::string_view text) {
-        sqlite3_bind_text64(statement_, index, text.data() ? text.data() : "", text.size(), SQLITE_STATIC, SQLITE_UTF8);
+        sqlite3_bind_text64(statement_, index, text.data() ? text.data() : "", text.size(), SQLITE_STATIC,
+                            SQLITE_UTF8);
     }
     void bindNull(int index) { sqlite3_bind_null(statement_, index); }
 
@@ -83,7 +84,8 @@ struct OpenOptions {
     int busyTimeoutMilliseconds = 50;
 };
 
-/// One connection to a database file. Used by one thread at a time, which is why SQLite's own mutexes are left out.
+/// One connection to a database file. Used by one thread at a time, which is why SQLite's own mutexes are
+/// left out.
 class Database {
   public:
     /// None, with an error, when the file cannot be opened. New files get mode 0600.

@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "foundation/observing.h"
-#include "kinds_sample_keys.h"
 #include "kinds_sample.h"
+#include "kinds_sample_keys.h"
 #include "persistence/managed_object_context.h"
 #include "tests/persistence/temporary_folder.h"
 
