@@ -68,9 +68,8 @@ void EntityWriter::declareIdentifier(SourceText& out) const {
     out.line("class " + exported_ + name + " : public @ManagedObjectID {");
     out.line("  public:");
     out.line("    " + name + "() = default;");
-    out.function(
-        "    explicit " + name + "(@ManagedObjectID identifier) : @ManagedObjectID(std::move(identifier))",
-        "");
+    out.constructor("    explicit " + name + "(@ManagedObjectID identifier)",
+                    "@ManagedObjectID(std::move(identifier))");
     out.line("};");
 }
 
@@ -265,8 +264,8 @@ void EntityWriter::defineKeyTable(SourceText& out) const {
 
 void EntityWriter::defineRowSlots(SourceText& out) const {
     const auto slot = [&](const std::string& name, std::string_view kind) {
-        out.line("        {\"" + name + "\", @SlotKind::" + std::string(kind) + ", offsetof(Row, " + name +
-                 ")},");
+        out.breakable("        {\"" + name + "\", @SlotKind::" + std::string(kind) + ", offsetof(Row, " +
+                      name + ")},");
     };
     out.line("std::span<const @RowSlot> " + base_ + "::rowSlots() {");
     out.line("    static constexpr @RowSlot slots[] = {");

@@ -63,31 +63,29 @@ std::vector<std::string> accessorsOf(const Relationship& relationship) {
 std::optional<std::string> problemWithNames(const Entity& entity) {
     static const std::regex usable("([a-z]|[A-Z][A-Z0-9])[A-Za-z0-9]*(_[A-Za-z0-9]+)*");
     std::map<std::string, std::string> owners;
-    std::optional<std::string> problem;
-    const auto check = [&](const std::string& property, const std::vector<std::string>& accessors) {
-        const std::string quoted = "property \"" + property + "\"";
-        if (!std::regex_match(property, usable)) {
-            problem =
-                quoted +
-                ": names are letters, digits and single underscores, and begin in lower case or with an "
-                "abbreviation in capitals";
-            return;
-        }
-        if (isAmong(cppWords, property)) problem = quoted + ": this is a word of C++";
+    const auto problemWith = [&](const std::vector<std::string>& accessors) -> std::optional<std::string> {
+        const std::string& property = accessors.front();
+        const std::string quoted = "property \"" + property + "\": ";
+        if (!std::regex_match(property, usable))
+            return quoted +
+                   "names are letters, digits and single underscores, and begin in lower case or with an "
+                   "abbreviation in capitals";
+        if (isAmong(cppWords, property)) return quoted + "this is a word of C++";
         for (const std::string& accessor : accessors) {
             const auto [place, isNew] = owners.emplace(accessor, property);
             if (!isNew)
-                problem = quoted + ": its accessor " + accessor + "() is one of property \"" + place->second +
-                          "\" too";
+                return quoted + "its accessor " + accessor + "() is one of property \"" + place->second +
+                       "\" too";
             if (isAmong(takenNames, accessor) || accessor == entity.className)
-                problem = quoted + ": " + accessor + " means something else in every stored object's class";
+                return quoted + accessor + " means something else in every stored object's class";
         }
+        return std::nullopt;
     };
     for (const Attribute& attribute : entity.attributes)
-        if (!problem) check(attribute.name, accessorsOf(attribute));
+        if (auto problem = problemWith(accessorsOf(attribute))) return problem;
     for (const Relationship& relationship : entity.relationships)
-        if (!problem) check(relationship.name, accessorsOf(relationship));
-    return problem;
+        if (auto problem = problemWith(accessorsOf(relationship))) return problem;
+    return std::nullopt;
 }
 
 }  // namespace orvane::codegen

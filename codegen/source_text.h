@@ -14,10 +14,12 @@ class SourceText {
     /// One line as it is.
     void line(std::string_view text = {});
     /// `code` as one line; when that is too long, broken after its last opening bracket or, with nothing in
-    /// the brackets, within its first template's arguments.
+    /// the brackets, between its first template's arguments; a braced list between its elements.
     void breakable(std::string_view code);
     /// `head { body }` on one line where it fits, else on three.
     void function(std::string_view head, std::string_view body);
+    /// `head : initializer {}` on one line where it fits, else on two.
+    void constructor(std::string_view head, std::string_view initializer);
 
     const std::string& text() const { return text_; }
 

@@ -36,12 +36,13 @@ void ObservationToken::State::listen() {
     followsObjects_ = sources.leadOn;
     // Listeners that stay keep their places, and with them the order in which observers are told.
     std::vector<std::unique_ptr<KeyListener>> listeners;
-    for (const auto& [object, key] : sources.keys) {
+    for (const auto& source : sources.keys) {
         const auto present = std::find_if(listeners_.begin(), listeners_.end(), [&](const auto& listener) {
-            return listener && listener->object() == object && listener->key() == key;
+            return listener && listener->object() == source.first && listener->key() == source.second;
         });
-        listeners.push_back(present != listeners_.end() ? std::move(*present)
-                                                        : std::make_unique<KeyListener>(*object, key, *this));
+        listeners.push_back(present != listeners_.end()
+                                ? std::move(*present)
+                                : std::make_unique<KeyListener>(*source.first, source.second, *this));
     }
     listeners_ = std::move(listeners);
 }

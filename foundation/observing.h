@@ -46,7 +46,7 @@ class ORVANE_EXPORT ObservationToken {
 /// observations, or begin some, while it is being told; begun ones are told from the next change on. A
 /// handler may also let go of the object. Throws UnknownKeyError when the object, or one that the path leads
 /// over, has no such key. Call and be told on the object's own thread.
-ORVANE_EXPORT [[nodiscard]] ObservationToken observe(KeyedObject& object, std::string_view keyPath,
+[[nodiscard]] ORVANE_EXPORT ObservationToken observe(KeyedObject& object, std::string_view keyPath,
                                                      ChangeHandler handler);
 
 }  // namespace orvane

@@ -226,7 +226,7 @@ IndexDescription indexFrom(const Json& json, const EntityDescription& entity, co
 IntervalDescription intervalFrom(const Json& json, const EntityDescription& entity,
                                  const std::string& entityPlace) {
     const Node node(json, entityPlace + "interval: ", {"start", "end"});
-    const IntervalDescription result{node.text("start"), node.text("end")};
+    IntervalDescription result{node.text("start"), node.text("end")};
     const AttributeDescription* start = entity.attribute(result.start);
     const AttributeDescription* end = entity.attribute(result.end);
     for (const auto& [name, attribute] : {std::pair(result.start, start), std::pair(result.end, end)}) {

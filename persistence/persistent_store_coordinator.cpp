@@ -13,6 +13,14 @@ namespace {
 
 constexpr std::string_view uriScheme = "x-orvane://";
 
+/// Whether the class was generated from an entity with the same properties in the same order.
+bool fits(const EntityClass& objectClass, const EntityDescription& entity) {
+    if (objectClass.slots.size() != entity.propertyCount()) return false;
+    for (std::size_t i = 0; i < objectClass.slots.size(); ++i)
+        if (entity.propertyIndex(objectClass.slots[i].name) != i) return false;
+    return true;
+}
+
 }  // namespace
 
 std::string ManagedObjectID::URIRepresentation() const {
@@ -30,7 +38,7 @@ PersistentStoreCoordinator::PersistentStoreCoordinator(std::shared_ptr<const Man
         const EntityClass* found = nullptr;
         for (const EntityClass* candidate : classes)
             if (!entity.className.empty() && candidate->className == entity.className) found = candidate;
-        if (found && found->slots.size() != entity.propertyCount())
+        if (found && !fits(*found, entity))
             throw std::logic_error("class " + entity.className +
                                    " was generated from another version of entity " + entity.name);
         classes_.push_back(found);

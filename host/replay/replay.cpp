@@ -37,6 +37,7 @@ class SupportFolder {
 
     /// Empty when no folder could be made.
     const std::filesystem::path& path() const { return path_; }
+    bool isTemporary() const { return temporary_; }
 
   private:
     std::filesystem::path path_;
@@ -62,6 +63,7 @@ int runReplay(std::istream& trace, std::ostream& output, std::ostream& errors, c
         return replayFailed;
     }
     ReplaySession session(std::get<TraceHeader>(first), output, folder.path(), options.resourceFolder);
+    if (folder.isTemporary()) session.doNotSyncToDisk();
     session.begin();
     while (true) {
         const auto next = reader.next();

@@ -25,6 +25,9 @@ class ReplaySession {
     ReplaySession(const ReplaySession&) = delete;
     ReplaySession& operator=(const ReplaySession&) = delete;
 
+    /// What is stored will not outlive the run, so it need not survive a loss of power. Call before `begin`.
+    void doNotSyncToDisk() { platform_->fileManager().failingFileSystem().setSyncsToDisk(false); }
+
     /// Does what the header asks for at the very start.
     void begin();
     /// Whether the shared tracker was made.

@@ -114,10 +114,10 @@ std::optional<PreparedStore> prepareStore(const std::filesystem::path& file, con
                                      "application and must be brought up to date first."));
         return std::nullopt;
     }
-    // Without an index everything is only slower, so a file for reading may go without.
-    const bool mustWrite = !options.open.readOnly || found->storedModel;
-    if (mustWrite && !demandWritable(*database, error)) return std::nullopt;
-    if (needsWork(*found) && mustWrite) {
+    // Fetches name some of the indexes, so a file for reading cannot go without them either.
+    if ((!options.open.readOnly || needsWork(*found)) && !demandWritable(*database, error))
+        return std::nullopt;
+    if (needsWork(*found)) {
         found = bringUpToDate(*database, model, error);
         if (!found) return std::nullopt;
     }

@@ -30,6 +30,8 @@ class FailingFileSystem::Shim : public FileSystemShim {
         return SQLITE_OK;
     }
 
+    bool syncsToDisk() override { return owner_.syncsToDisk_; }
+
     void opened(FileKind kind, const std::string& path) override {
         if (kind != FileKind::database) return;
         const std::lock_guard lock(mutex_);

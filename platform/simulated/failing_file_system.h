@@ -30,6 +30,10 @@ class ORVANE_EXPORT FailingFileSystem {
     /// Writing to databases fails, and so does everything else that changes their files.
     void setWritesFail(bool fails) { writesFail_ = fails; }
 
+    /// Whether what is written is forced out to the disk (as it is at first). Without, a loss of power may
+    /// damage the file, and nothing else does: good for files that do not outlive the program.
+    void setSyncsToDisk(bool syncs) { syncsToDisk_ = syncs; }
+
     bool openFails() const { return openFails_; }
     bool readsFail() const { return readsFail_; }
     bool writesFail() const { return writesFail_; }
@@ -40,6 +44,7 @@ class ORVANE_EXPORT FailingFileSystem {
     std::atomic<bool> openFails_ = false;
     std::atomic<bool> readsFail_ = false;
     std::atomic<bool> writesFail_ = false;
+    std::atomic<bool> syncsToDisk_ = true;
     std::unique_ptr<Shim> shim_;
 };
 

@@ -59,7 +59,8 @@ struct FileSystemShim::Calls {
     }
     static int sync(sqlite3_file* file, int flags) {
         const int refused = ask(file, {.operation = FileOperation::sync, .kind = {}, .path = {}});
-        return refused ? refused : usual(file)->pMethods->xSync(usual(file), flags);
+        if (refused || !ours(file).shim->syncsToDisk()) return refused;
+        return usual(file)->pMethods->xSync(usual(file), flags);
     }
     static int fileSize(sqlite3_file* file, sqlite3_int64* size) {
         return usual(file)->pMethods->xFileSize(usual(file), size);
@@ -127,7 +128,8 @@ struct FileSystemShim::Calls {
         // Only journals are ever removed.
         const int refused =
             self.judge({.operation = FileOperation::remove, .kind = FileKind::journal, .path = name});
-        return refused ? refused : self.usual_->xDelete(self.usual_, name, syncFolder);
+        if (refused) return refused;
+        return self.usual_->xDelete(self.usual_, name, self.syncsToDisk() ? syncFolder : 0);
     }
 
     // The rest of a VFS needs the usual one as its first argument.

@@ -40,6 +40,8 @@ class FileSystemShim {
   protected:
     /// SQLITE_OK lets it happen; any other result code is what SQLite is told instead. Any thread.
     virtual int judge(const FileRequest& request) = 0;
+    /// Whether a sync that was let happen reaches the disk, or only passes for done. Any thread.
+    virtual bool syncsToDisk() { return true; }
     /// Told after a database or journal was opened, and before it is closed. Any thread.
     virtual void opened(FileKind, const std::string&) {}
     virtual void closed(FileKind, const std::string&) {}

@@ -66,7 +66,7 @@ constexpr const char* note = R"({"name": "Notes", "entities": [
     {"name": "Note", "class": "HTMLNote",
      "attributes": [{"name": "title", "type": "text"}, {"name": "done", "type": "boolean"}],
      "relationships": [{"name": "tags", "destination": "Tag", "inverse": "notes", "toMany": true}]},
-    {"name": "Tag", "class": "Tag", "attributes": [{"name": "aVeryLongNameOfAnAttributeThatNeedsRoom", "type": "text"}],
+    {"name": "Tag", "class": "Tag", "attributes": [{"name": "aNameOfAnAttributeThatNeedsRoom", "type": "text"}],
      "relationships": [{"name": "notes", "destination": "Note", "inverse": "tags"}]},
     {"name": "Plain", "attributes": [{"name": "class", "type": "text"}]}]})";
 

@@ -65,7 +65,8 @@ TEST(Value, NumbersCompareExactlyAcrossTypes) {
                 }
 }
 
-/// The double lies so close to the decimal that their distance is lost in extended precision.
+/// A decimal lies strictly between the doubles beside it; it is one only when it is a sum of halves of
+/// halves.
 TEST(Value, DecimalsAndDoublesCompareExactlyAtTheSmallestDistance) {
     for (std::int64_t count = 1; count < 1'000'000; count += 7) {
         const double nearest = static_cast<double>(count) / 1e6;

@@ -238,10 +238,10 @@ TEST_F(Entities, coloursAreReadFromTheStoredText) {
 TEST_F(Entities, anApplicationIsWhereTheDesktopSaysItIs) {
     const std::string bundle = (folder_ / "Shop").string();
     std::filesystem::create_directories(folder_ / "Shop" / "Contents" / "_MASReceipt");
-    desktop().workspace().setApplications({{"shop", {.path = bundle}},
-                                           {"plain", {.path = "/usr/bin/plain"}},
-                                           {"", {.path = "/nowhere"}},
-                                           {"lost", {.bundlePath = "/elsewhere"}}});
+    desktop().workspace().setApplications({{"shop", {bundle, {}, {}, {}}},
+                                           {"plain", {"/usr/bin/plain", {}, {}, {}}},
+                                           {"", {"/nowhere", {}, {}, {}}},
+                                           {"lost", {{}, "/elsewhere", {}, {}}}});
     const auto app = insert<OrvaneApp>();
     const auto look = [&](std::optional<std::string_view> identifier) {
         app->setIdentifier(identifier);
@@ -265,11 +265,10 @@ TEST_F(Entities, anApplicationIsWhereTheDesktopSaysItIs) {
 TEST_F(Entities, resettingTakesOverOnlyWhatTheDesktopKnows) {
     const Image red = oneColour(255, 0, 51);
     const Image grey = oneColour(200, 200, 200);
-    desktop().workspace().setApplications(
-        {{"all", {.path = "/apps/all", .bundlePath = "/apps/all", .bundleName = "All", .icon = red}},
-         {"grey", {.path = "/apps/grey", .bundlePath = "/apps/grey", .bundleName = "Grey", .icon = grey}},
-         {"nameless", {.path = "/apps/nameless", .bundlePath = "/apps/nameless", .icon = red}},
-         {"bundle", {.bundlePath = "/apps/bundle", .bundleName = "Bundle", .icon = red}}});
+    desktop().workspace().setApplications({{"all", {"/apps/all", "/apps/all", "All", red}},
+                                           {"grey", {"/apps/grey", "/apps/grey", "Grey", grey}},
+                                           {"nameless", {"/apps/nameless", "/apps/nameless", {}, red}},
+                                           {"bundle", {{}, "/apps/bundle", "Bundle", red}}});
     const auto reset = [&](std::optional<std::string_view> identifier) {
         const auto app = insert<OrvaneApp>();
         app->setIdentifier(identifier);

@@ -131,9 +131,10 @@ TEST_F(StoreStackTest, aModelThatTheClassesDoNotFitIsReported) {
     const fs::path model = folder_ / "resources" / "Orvane.momd";
     fs::create_directories(model);
     test::writeBytes(model / "versions.json", R"({"current": "Orvane 2", "versions": ["Orvane 2"]})");
-    test::writeBytes(model / "Orvane 2.json",
-                     R"({"name": "Orvane", "version": 2, "entities": [{"name": "Application",
-                         "class": "OrvaneApp", "attributes": [{"name": "other", "type": "text"}]}]})");
+    // As many properties as the class has, under another name.
+    std::string text = test::bytesOf(ORVANE_SOURCE_DIR "/store/Orvane.momd/Orvane 1.json");
+    text.replace(text.find("windowName"), 10, "windowText");
+    test::writeBytes(model / "Orvane 2.json", text);
     desktop().fileManager().setResourceDirectory(folder_ / "resources");
     expectFailure({std::string(persistenceErrorDomain) + " " + std::to_string(modelMalformedError),
                    "YOUR_ERROR_DOMAIN 9999"});
