@@ -24,6 +24,18 @@ std::size_t distance(std::string_view left, std::string_view right) {
     return row.back();
 }
 
+/// Distance to the word itself or to the nearest of its parts: of "org.example.Editor" people remember
+/// "editor".
+std::size_t distanceToParts(std::string_view word, std::string_view candidate) {
+    std::size_t best = distance(word, candidate);
+    for (std::size_t start = 0; start < candidate.size();) {
+        const std::size_t end = std::min(candidate.find_first_of(".-_ ", start), candidate.size());
+        best = std::min(best, distance(word, candidate.substr(start, end - start)));
+        start = end + 1;
+    }
+    return best;
+}
+
 }  // namespace
 
 std::string nearestHint(std::string_view word, const std::vector<std::string>& known) {
@@ -32,9 +44,8 @@ std::string nearestHint(std::string_view word, const std::vector<std::string>& k
     std::size_t bestDistance = std::max<std::size_t>(2, word.size() / 2) + 1;
     for (const std::string& candidate : known) {
         const std::string other = foldedText(candidate, true, true);
-        // Part of an identifier is often all that one remembers of it.
         const std::size_t apart =
-            !folded.empty() && other.find(folded) != std::string::npos ? 1 : distance(folded, other);
+            !folded.empty() && other.find(folded) != std::string::npos ? 1 : distanceToParts(folded, other);
         if (apart >= bestDistance) continue;
         bestDistance = apart;
         best = candidate;

@@ -100,7 +100,7 @@ bool ManagedObject::beginChange(std::size_t property) {
     return true;
 }
 
-void ManagedObject::endChange(std::size_t property, Value before) {
+void ManagedObject::endChange(std::size_t property, const Value& before) {
     table_->storage().context()->noteChange(*this, property, before);
     if (isObserved()) didChangeValueForKey(table_->slots()[property].name);
 }

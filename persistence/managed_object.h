@@ -86,9 +86,9 @@ class ORVANE_EXPORT ManagedObject : public KeyedObject {
             endUnchanged(property);
             return;
         }
-        Value before = wantsOldValue() ? Value(slot.get()) : Value();
+        const Value before = wantsOldValue() ? Value(slot.get()) : Value();
         assign(slot, std::move(value));
-        endChange(property, std::move(before));
+        endChange(property, before);
     }
     template <class T>
     Ref<T> readToOne(const ToOneSlot& slot) const {
@@ -136,7 +136,7 @@ class ORVANE_EXPORT ManagedObject : public KeyedObject {
     }
     void fire();
     bool beginChange(std::size_t property);
-    void endChange(std::size_t property, Value before);
+    void endChange(std::size_t property, const Value& before);
     void endUnchanged(std::size_t property);
     bool wantsOldValue() const;
     template <class Slot, class V>

@@ -79,7 +79,7 @@ Ref<ManagedObject> ManagedObjectContext::existingObjectWithID(const ManagedObjec
     if (identifier.isTemporaryID())
         known = ManagedObjectID(identifier.entity(), nullptr,
                                 state_->permanentKeyOf(identifier.entity()->index, identifier.key()));
-    const Ref<ManagedObject> object(state_->objectFor(known, !known.isTemporaryID()));
+    Ref<ManagedObject> object(state_->objectFor(known, !known.isTemporaryID()));
     if (!object || !object->isUsable()) return notFound();
     if (!object->isFault()) return object;
     return state_->fire(*object, error) ? object : nullptr;

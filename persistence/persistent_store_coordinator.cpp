@@ -32,7 +32,7 @@ std::string ManagedObjectID::URIRepresentation() const {
 }
 
 PersistentStoreCoordinator::PersistentStoreCoordinator(std::shared_ptr<const ManagedObjectModel> model,
-                                                       std::vector<const EntityClass*> classes)
+                                                       const std::vector<const EntityClass*>& classes)
     : model_(std::move(model)) {
     for (const EntityDescription& entity : model_->entities()) {
         const EntityClass* found = nullptr;

@@ -37,7 +37,7 @@ class ORVANE_EXPORT PersistentStoreCoordinator {
   public:
     /// Entities whose class is not among `classes` get objects that are read and set by key alone.
     PersistentStoreCoordinator(std::shared_ptr<const ManagedObjectModel> model,
-                               std::vector<const EntityClass*> classes);
+                               const std::vector<const EntityClass*>& classes);
     ~PersistentStoreCoordinator();
 
     /// Opens or creates the database file. False, with one of the errors of `persistenceErrorDomain`, when

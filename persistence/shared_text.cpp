@@ -33,7 +33,7 @@ std::uint64_t hashOf(std::string_view text) {
 
 }  // namespace
 
-TextPool::~TextPool() { std::free(places_); }
+TextPool::~TextPool() { delete[] places_; }
 
 std::size_t TextPool::findPlace(std::uint64_t hash, std::string_view text) const {
     std::size_t place = hash & (capacity_ - 1);
@@ -48,15 +48,14 @@ void TextPool::grow() {
     SharedText** const old = places_;
     const std::size_t oldCapacity = capacity_;
     capacity_ = oldCapacity == 0 ? smallestCapacity : oldCapacity * 2;
-    places_ = static_cast<SharedText**>(std::calloc(capacity_, sizeof(SharedText*)));
-    if (!places_) throw std::bad_alloc();
+    places_ = new SharedText*[capacity_]{};
     for (std::size_t i = 0; i < oldCapacity; ++i) {
         if (!old[i]) continue;
         std::size_t place = old[i]->hash_ & (capacity_ - 1);
         while (places_[place]) place = (place + 1) & (capacity_ - 1);
         places_[place] = old[i];
     }
-    std::free(old);
+    delete[] old;
 }
 
 SharedText* TextPool::acquire(std::string_view text) {

@@ -17,12 +17,12 @@ void* mapAligned() {
     void* mapped = mmap(nullptr, room, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (mapped == MAP_FAILED) throw std::bad_alloc();
     const auto begin = reinterpret_cast<std::uintptr_t>(mapped);
-    const std::uintptr_t aligned = (begin + slabBytes - 1) & ~(slabBytes - 1);
-    if (aligned > begin) munmap(mapped, aligned - begin);
-    const std::uintptr_t end = begin + room;
-    if (end > aligned + slabBytes)
-        munmap(reinterpret_cast<void*>(aligned + slabBytes), end - aligned - slabBytes);
-    return reinterpret_cast<void*>(aligned);
+    const std::size_t before = ((begin + slabBytes - 1) & ~(slabBytes - 1)) - begin;
+    const std::size_t after = room - before - slabBytes;
+    char* const slab = static_cast<char*>(mapped) + before;
+    if (before > 0) munmap(mapped, before);
+    if (after > 0) munmap(slab + slabBytes, after);
+    return slab;
 }
 
 }  // namespace
@@ -72,7 +72,8 @@ void* SlabAllocator::allocate() {
 }
 
 void SlabAllocator::release(void* memory) noexcept {
-    auto* slab = reinterpret_cast<Slab*>(reinterpret_cast<std::uintptr_t>(memory) & ~(slabBytes - 1));
+    const std::size_t offset = reinterpret_cast<std::uintptr_t>(memory) & (slabBytes - 1);
+    auto* slab = reinterpret_cast<Slab*>(static_cast<char*>(memory) - offset);
     *static_cast<void**>(memory) = slab->freeCells;
     slab->freeCells = memory;
     --slab->live;

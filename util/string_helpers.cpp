@@ -58,7 +58,7 @@ std::u16string addSpaces(Null, std::int64_t) { return {}; }
 
 std::u16string stringByDeletingLastWord(std::u16string_view text) {
     const std::size_t blank = text.rfind(u' ');
-    return std::u16string(text.substr(0, blank == text.npos ? 0 : blank));
+    return std::u16string(text.substr(0, blank == std::u16string_view::npos ? 0 : blank));
 }
 
 std::int32_t numberValue(std::u16string_view text) {
@@ -78,7 +78,7 @@ std::int32_t numberValue(std::u16string_view text) {
 std::u16string pathFromEmail(std::u16string_view address) {
     const std::u16string lower = lowerCased(address);
     const std::size_t at = lower.find(u'@');
-    if (at == lower.npos) return std::u16string(address);
+    if (at == std::u16string::npos) return std::u16string(address);
     const std::u16string local = lower.substr(0, at);
     const std::u16string domain = lower.substr(at + 1, lower.find(u'@', at + 1) - (at + 1));
     if (local.empty()) throw std::out_of_range("pathFromEmail: nothing before the at sign");

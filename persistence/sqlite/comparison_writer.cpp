@@ -299,7 +299,7 @@ std::string ComparisonWriter::prefixed(const Column& column, const std::string& 
     // length.
     std::string next = prefix;
     while (!next.empty() && next.back() == '\xff') next.pop_back();
-    const std::string low = bounded(column, ">=", prefix);
+    std::string low = bounded(column, ">=", prefix);
     if (next.empty()) return low;
     next.back() = static_cast<char>(static_cast<unsigned char>(next.back()) + 1);
     return "(" + low + " AND " + bounded(column, "<", std::move(next)) + ")";

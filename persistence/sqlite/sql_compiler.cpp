@@ -164,7 +164,7 @@ class QueryCompiler {
     /// The alias of the table that a column of keys leads to.
     std::string join(const std::string& keyColumn, const EntityDescription& destination) {
         auto found = std::find(joinedColumns_.begin(), joinedColumns_.end(), keyColumn);
-        const std::string alias = "t" + std::to_string(found - joinedColumns_.begin() + 1);
+        std::string alias = "t" + std::to_string(found - joinedColumns_.begin() + 1);
         if (found != joinedColumns_.end()) return alias;
         joinedColumns_.push_back(keyColumn);
         query_.joins += " LEFT JOIN " + sqlite::quoted(destination.name) + " AS " + alias + " ON " + alias +

@@ -12,6 +12,8 @@
 #include "platform/linux/desktop_entries.h"
 #include "platform/linux/process_info.h"
 
+// The name is GIO's.
+// NOLINTNEXTLINE(bugprone-reserved-identifier)
 using GAppInfoMonitor = struct _GAppInfoMonitor;
 
 namespace orvane {

@@ -34,6 +34,8 @@ struct GlibRunLoop::Queue {
     struct Order {
         gint64 due;
         std::uint64_t sequence;
+        // The check takes the zero that a defaulted comparison compares with for a pointer.
+        // NOLINTNEXTLINE(modernize-use-nullptr)
         auto operator<=>(const Order&) const = default;
     };
     struct Source {

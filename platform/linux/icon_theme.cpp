@@ -136,7 +136,7 @@ std::optional<fs::path> IconTheme::lookUpIn(const Theme& theme, const std::strin
         const int distance = directory.distance(size, scale);
         if (!isExact && distance >= nearestDistance) continue;
         for (const auto& folder : theme.folders) {
-            const auto file = fileIn(folder / directory.path, icon);
+            auto file = fileIn(folder / directory.path, icon);
             if (!file) continue;
             if (isExact) return file;
             nearest = file;

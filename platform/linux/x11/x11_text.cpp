@@ -120,8 +120,10 @@ class CompoundTextReader {
             rest_ = {};
             return;
         }
-        const auto length = static_cast<std::size_t>((static_cast<unsigned char>(rest_[1]) & 0x7F) * 128 +
-                                                     (static_cast<unsigned char>(rest_[2]) & 0x7F));
+        const auto digit = [this](std::size_t place) {
+            return static_cast<std::size_t>(static_cast<unsigned char>(rest_[place]) & 0x7F);
+        };
+        const std::size_t length = digit(1) * 128 + digit(2);
         rest_.remove_prefix(3);
         const auto body = rest_.substr(0, length);
         rest_.remove_prefix(body.size());
