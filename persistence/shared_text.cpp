@@ -48,7 +48,7 @@ void TextPool::grow() {
     SharedText** const old = places_;
     const std::size_t oldCapacity = capacity_;
     capacity_ = oldCapacity == 0 ? smallestCapacity : oldCapacity * 2;
-    places_ = new SharedText*[capacity_]{};
+    places_ = new SharedText* [capacity_] {};
     for (std::size_t i = 0; i < oldCapacity; ++i) {
         if (!old[i]) continue;
         std::size_t place = old[i]->hash_ & (capacity_ - 1);

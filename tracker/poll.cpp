@@ -92,7 +92,7 @@ Ref<OrvaneApp> Orvane::applicationForSample(ManagedObjectContext& context, const
                                   Predicate::withFormat("identifier == %@", {Value(identifier)})});
     if (!known.empty()) return known.front();
 
-    const Ref<OrvaneApp> application = OrvaneApp::insertInManagedObjectContext(context);
+    Ref<OrvaneApp> application = OrvaneApp::insertInManagedObjectContext(context);
     application->setIdentifier(identifier);
     if (const std::string* name = ownerName.asString()) application->setName(*name);
     Workspace& workspace = platform_.workspace();
