@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <iostream>
 #include <map>
@@ -142,7 +143,7 @@ class Report {
     std::string bar(DecimalSeconds duration) const {
         constexpr double widest = 24;
         std::string result;
-        for (int i = 0; i < static_cast<int>(portion(duration) * widest + 0.5); ++i) result += "█";
+        for (int i = 0; i < std::lround(portion(duration) * widest); ++i) result += "█";
         return result;
     }
 
