@@ -27,7 +27,7 @@ bool isFile(const fs::path& path) {
 std::vector<std::string> stringList(GKeyFile* file, const char* group, const char* key) {
     std::vector<std::string> result;
     gsize count = 0;
-    // The specification separates with commas where key files use semicolons.
+    // Icon themes separate with commas where key files use semicolons.
     g_key_file_set_list_separator(file, ',');
     gchar** texts = g_key_file_get_string_list(file, group, key, &count, nullptr);
     for (gsize i = 0; i < count; ++i) result.emplace_back(g_strstrip(texts[i]));
