@@ -1,7 +1,6 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <filesystem>
 #include <memory>
@@ -9,6 +8,7 @@
 
 #include "persistence/managed_object_context.h"
 #include "persistence/model.h"
+#include "tests/persistence/temporary_folder.h"
 
 namespace orvane {
 
@@ -33,15 +33,7 @@ class GraphTest : public testing::Test {
              "attributes": [{"name": "color", "type": "text", "optional": false, "default": "red"}],
              "relationships": [{"name": "book", "destination": "Book", "inverse": "cover"}]}]})";
 
-    GraphTest() {
-        std::string pattern = std::filesystem::temp_directory_path() / "orvane-graph-XXXXXX";
-        folder_ = ::mkdtemp(pattern.data());
-        context_ = openContext();
-    }
-    ~GraphTest() override {
-        context_.reset();
-        std::filesystem::remove_all(folder_);
-    }
+    GraphTest() { context_ = openContext(); }
 
     std::filesystem::path file() const { return folder_ / "library.db"; }
 
@@ -84,7 +76,7 @@ class GraphTest : public testing::Test {
         return result;
     }
 
-    std::filesystem::path folder_;
+    test::TemporaryFolder folder_;
     std::unique_ptr<ManagedObjectContext> context_;
 };
 

@@ -40,7 +40,7 @@ TEST_F(GraphTest, KeepsOneObjectAnIdentityAndLetsUnchangedOnesGo) {
     insert("Book", {{"title", "a"}});
     save();
     auto first = context_->fetch<ManagedObject>({"Book"});
-    const auto again = context_->fetch<ManagedObject>({"Book", Predicate::withFormat("title == 'a'")});
+    auto again = context_->fetch<ManagedObject>({"Book", Predicate::withFormat("title == 'a'")});
     ASSERT_EQ(again.size(), 1U);
     EXPECT_EQ(first[0], again[0]);
     const ManagedObjectID identifier = first[0]->objectID();
@@ -53,7 +53,7 @@ TEST_F(GraphTest, KeepsOneObjectAnIdentityAndLetsUnchangedOnesGo) {
 
     first.clear();
     EXPECT_EQ(context_->registeredObjectCount(), 1U);
-    const_cast<std::vector<Ref<ManagedObject>>&>(again).clear();
+    again.clear();
     context_->undoManager()->removeAllActions();
     EXPECT_EQ(context_->registeredObjectCount(), 0U);
     EXPECT_FALSE(context_->objectRegisteredForID(identifier));
