@@ -51,9 +51,13 @@ class Maker {
         line["at"] = at_;
         lines_.push_back(std::move(line));
     }
+    double pause() {
+        if (!options_.longPauses) return 5;
+        return chance(10) ? 5000 : 130;
+    }
     void passTime() {
         if (chance(20)) return;
-        at_ += pick<double>({0.125, 1, 3, 9.5, 10, 10.000001, 25, 60, chance(10) ? 5000. : 130., 0.999999});
+        at_ += pick<double>({0.125, 1, 3, 9.5, 10, 10.000001, 25, 60, pause(), 0.999999});
         at_ = std::round(at_ * 1e6) / 1e6;
     }
 

@@ -14,6 +14,7 @@ struct RandomTraceOptions {
     bool clockSteps = false;
     bool storageFailures = false;
     bool hostEdits = false;       ///< groups, disabled applications, recordings that the host inserts
+    bool longPauses = true;       ///< of more than a minute
     bool lostRecordings = false;  ///< "current" lines, and edits that are not saved
 };
 

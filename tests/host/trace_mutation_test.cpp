@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "host/replay/replay.h"
+#include "host/replay/trace_reader.h"
 #include "random_trace.h"
 
 namespace orvane::host {
@@ -118,7 +119,7 @@ class Mutator {
 bool lastsTooLong(const std::string& line) {
     const Json json = Json::parse(line, nullptr, false);
     if (!json.is_object() || !json.contains("at") || !json["at"].is_number()) return false;
-    return json["at"].get<double>() > 2e4;
+    return json["at"].get<double>() > 5000;
 }
 
 /// A trace with one changed line is either still valid, or ends at that line with one message and with what
@@ -147,15 +148,46 @@ void expectAnswerOrError(const std::vector<std::string>& valid, std::size_t plac
     EXPECT_EQ(isEdit ? outcome.output.substr(0, before.size()) : outcome.output, before);
 }
 
+std::vector<std::string> validTrace() {
+    return linesOf(randomTrace(11, {.events = 40,
+                                    .clockSteps = true,
+                                    .storageFailures = true,
+                                    .hostEdits = true,
+                                    .longPauses = false,
+                                    .lostRecordings = true}));
+}
+
+TEST(MutatedTraces, AreReadOrRefusedWithOneLineOfText) {
+    const std::vector<std::string> valid = validTrace();
+    Mutator mutator(13);
+    std::size_t refused = 0;
+    constexpr std::size_t rounds = 5000;
+    for (std::size_t round = 0; round < rounds; ++round) {
+        const std::size_t place = mutator.upTo(valid.size() - 1);
+        const std::string changed =
+            round % 2 ? mutator.ofBytes(valid[place]) : mutator.ofValues(valid[place]);
+        std::istringstream input(place == 0 ? changed : valid.front() + '\n' + changed);
+        TraceReader reader(input);
+        const auto header = reader.header();
+        const auto* failure = std::get_if<TraceFailure>(&header);
+        std::variant<TraceLine, TraceEnd, TraceFailure> line;
+        if (!failure) failure = std::get_if<TraceFailure>(&(line = reader.next()));
+        if (!failure) continue;
+        ++refused;
+        EXPECT_EQ(failure->line, place == 0 ? 1u : 2u) << changed;
+        EXPECT_FALSE(failure->problem.empty()) << changed;
+        EXPECT_EQ(failure->problem.find('\n'), std::string::npos) << failure->problem;
+    }
+    // Neither may be the rule, or the other was hardly tried.
+    EXPECT_GT(refused, rounds / 10);
+    EXPECT_LT(refused, rounds);
+}
+
 TEST(MutatedTraces, EndInAnErrorOrAnAnswer) {
-    const std::vector<std::string> valid = linesOf(randomTrace(11, {.events = 40,
-                                                                    .clockSteps = true,
-                                                                    .storageFailures = true,
-                                                                    .hostEdits = true,
-                                                                    .lostRecordings = true}));
+    const std::vector<std::string> valid = validTrace();
     ASSERT_EQ(run(joined(valid, valid.size())).status, replayCompleted);
     Mutator mutator(12);
-    for (int round = 0; round < 300; ++round) {
+    for (int round = 0; round < 100; ++round) {
         const std::size_t place = mutator.upTo(valid.size() - 1);
         const std::string changed =
             round % 2 ? mutator.ofBytes(valid[place]) : mutator.ofValues(valid[place]);
