@@ -6,6 +6,7 @@
 
 #include "host/command.h"
 #include "host/reading_platform.h"
+#include "platform/linux/error_presenter.h"
 #include "platform/linux/linux_platform.h"
 #include "platform/linux/session/session_monitor.h"
 
@@ -62,7 +63,9 @@ void examineDesktop(LinuxPlatform& platform, std::vector<Finding>& findings) {
 void examineSettings(LinuxPlatform& platform, std::vector<Finding>& findings) {
     const std::string path = platform.userDefaults().path().string();
     const Value enabled = platform.userDefaults().objectForKey(orvaneEnabledDefault);
-    if (enabled.isNone())
+    if (const std::string& problem = platform.userDefaults().problem(); !problem.empty())
+        findings.push_back({"settings", false, path + ": " + problem + ": mend the file or move it away"});
+    else if (enabled.isNone())
         findings.push_back({"settings", false, path + ": tracking was never switched on: `orvane enable`"});
     else
         findings.push_back(
@@ -74,10 +77,18 @@ void examineStore(const std::optional<std::filesystem::path>& folder, std::vecto
     OpenStore store(folder);
     const std::string path =
         (folder.value_or(store.tracker().applicationFilesDirectory()) / "Orvaning.db").string();
-    if (!store.exists())
+    if (!store.exists()) {
         findings.push_back({"store", true, path + ": not made yet"});
-    else
-        findings.push_back({"store", store.context() != nullptr, path});
+        return;
+    }
+    std::string problem;
+    setErrorPresenter([&](const Error& error) {
+        // The first one tells why; what follows from it says no more.
+        if (problem.empty()) problem = error.localizedDescription();
+    });
+    const bool opens = store.context() != nullptr;
+    setErrorPresenter(nullptr);
+    findings.push_back({"store", opens, opens ? path : problem});
 }
 
 }  // namespace

@@ -2,8 +2,11 @@
 #include <exception>
 #include <functional>
 #include <iostream>
+#include <string>
+#include <vector>
 
 #include "host/command.h"
+#include "host/nearest.h"
 #include "host/replay/replay.h"
 
 namespace {
@@ -35,6 +38,8 @@ class CommandLine {
     }
 
     int parseAndRun(int argc, char** argv) {
+        const auto isNamed = [&](const CLI::App* command) { return command->check_name(argv[1]); };
+        if (argc > 1 && *argv[1] != '-' && app_.get_subcommands(isNamed).empty()) return unknown(argv[1]);
         try {
             app_.parse(argc, argv);
         } catch (const CLI::ParseError& error) {
@@ -44,13 +49,34 @@ class CommandLine {
     }
 
   private:
+    int unknown(const std::string& command) const {
+        std::vector<std::string> known;
+        for (const CLI::App* subcommand : app_.get_subcommands(nullptr))
+            known.push_back(subcommand->get_name());
+        std::cerr << "orvane: there is no command \"" << command << "\"."
+                  << orvane::host::nearestHint(command, known) << " `orvane --help` lists them.\n";
+        return orvane::host::exitUsage;
+    }
+
     CLI::App* addCommon(const char* name, const char* description, std::function<int()> run) {
         CLI::App* command = app_.add_subcommand(name, description);
         command->footer(exitStatusText);
         command->add_flag("--json", options_.json, "Print JSON for programs");
-        command->add_option("--store", options_.store, "Folder that holds the database")->type_name("DIR");
+        addStore(command);
         command->callback([this, run = std::move(run)] { choose(run); });
         return command;
+    }
+
+    void addStore(CLI::App* command) {
+        command->add_option("--store", options_.store, "Folder that holds the database")
+            ->type_name("DIR")
+            ->check([](const std::string& folder) {
+                std::error_code ignored;
+                if (folder.empty()) return std::string("the folder has no name");
+                const bool isFile = std::filesystem::exists(folder, ignored) &&
+                                    !std::filesystem::is_directory(folder, ignored);
+                return isFile ? "\"" + folder + "\" is a file, not a folder" : std::string();
+            });
     }
 
     void addApps() {
@@ -60,8 +86,7 @@ class CommandLine {
             CLI::App* command = apps->add_subcommand(name, description);
             command->add_option("ID", identifier_, "The application's identifier")->required();
             command->add_flag("--json", options_.json, "Print JSON for programs");
-            command->add_option("--store", options_.store, "Folder that holds the database")
-                ->type_name("DIR");
+            addStore(command);
             command->callback([this, disabled] {
                 choose([this, disabled] {
                     return orvane::host::runDisableApp(identifier_, disabled, options_);

@@ -9,7 +9,7 @@
 #include "host/terminal.h"
 #include "host/tracker_lock.h"
 #include "platform/linux/error_presenter.h"
-#include "reporting/range_item.h"
+#include "platform/linux/linux_platform.h"
 #include "store/orvane_app.h"
 #include "tracker/orvane.h"
 #include "util/day_boundaries.h"
@@ -80,10 +80,14 @@ class TrackSession {
     DecimalSeconds recordedToday() const {
         DecimalSeconds sum{0};
         if (!tracker_.existingManagedObjectContext()) return sum;
+        // No range report: that would fetch, and log, what is not needed here.
         const Date now = Platform::current().clock().now();
-        for (const Ref<RangeItem>& item :
-             tracker_.itemsFromDate(orvaneDayStart(now), now, *tracker_.existingManagedObjectContext()))
-            sum += item->duration();
+        for (const Ref<OrvaneRecording>& recording :
+             tracker_.existingManagedObjectContext()->fetch<OrvaneRecording>(
+                 {std::string(OrvaneRecording::entityName()),
+                  Predicate::withFormat("startDate >= %@ AND startDate <= %@ AND idle == 0",
+                                        {Value(orvaneDayStart(now)), Value(now)})}))
+            sum += recording->duration();
         return sum;
     }
 
@@ -95,6 +99,7 @@ class TrackSession {
         const bool idle = recording && recording->idleValue();
         if (json_) {
             nlohmann::ordered_json json;
+            json["enabled"] = tracker_.enabled().boolValue();
             json["application"] = app ? nlohmann::ordered_json(app->identifier().value_or("")) : nullptr;
             json["window"] = recording ? nlohmann::ordered_json(window) : nullptr;
             json["idle"] = idle;
@@ -103,9 +108,10 @@ class TrackSession {
             std::cout << json.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) << std::endl;
             return;
         }
-        std::string line = !recording ? std::string("Nothing is recorded at present")
-                                      : swatch(app ? app->colorValue() : std::nullopt) + " " + name;
-        if (!window.empty()) line += " — " + window;
+        std::string line = !tracker_.enabled().boolValue() ? std::string("Tracking is switched off")
+                           : !recording                    ? std::string("Nothing is recorded at present")
+                                        : swatch(app ? app->colorValue() : std::nullopt) + " " + name;
+        if (!window.empty() && tracker_.enabled().boolValue()) line += " — " + window;
         line += (idle ? "  idle " : "  input ") + clockText(decimalSeconds(tracker_.idleTime())) + " ago";
         line += "  today " + clockText(recordedToday());
         std::cout << "\r\033[K" << displayText(line, terminalWidth()) << std::flush;
@@ -122,9 +128,9 @@ class TrackSession {
 
 int runTrack(const CommonOptions& options) {
     setErrorPresenter([](const Error& error) {
-        std::cerr << "orvane: " << error.localizedDescription();
-        if (!error.localizedFailureReason().empty()) std::cerr << ". " << error.localizedFailureReason();
-        std::cerr << '\n';
+        const std::string reason = error.localizedFailureReason();
+        std::cerr << "orvane: " << error.localizedDescription() << (reason.empty() ? "" : " (" + reason + ")")
+                  << '\n';
     });
     Platform& platform = Platform::current();
     const std::vector<std::filesystem::path> folders = platform.fileManager().applicationSupportDirectories();
@@ -147,6 +153,9 @@ int runTrack(const CommonOptions& options) {
     } else if (!platform.userDefaults().boolForKey(orvaneEnabledDefault)) {
         notes << "Tracking is switched off. `orvane enable` switches it on; this waits for it.\n";
     }
+    if (auto* linux = dynamic_cast<LinuxPlatform*>(&platform);
+        linux && (!linux->desktop() || !linux->desktop()->isAvailable()))
+        notes << "There is no display to track yet; this waits for it. `orvane doctor` tells more.\n";
     {
         Orvane& tracker = Orvane::sharedOrvane(options.store);
         TrackSession(tracker, options.json).run();

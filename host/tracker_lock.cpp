@@ -15,6 +15,10 @@ namespace orvane::host {
 
 TrackerLock::TrackerLock(const std::filesystem::path& folder) {
     Error error;
+    if (Platform::current().fileManager().isDirectory(folder, &error) == false) {
+        problem_ = "\"" + folder.string() + "\" is a file, not a folder.";
+        return;
+    }
     if (!Platform::current().fileManager().createDirectory(folder, &error)) {
         problem_ = error.localizedDescription();
         return;

@@ -23,7 +23,7 @@ void LinuxPlatform::connect() {
 
     session_->onSleep = [this](bool asleep) { workspace_.setSystemSleeping(asleep); };
     session_->onLock = [this](bool locked) { workspace_.setLocked(locked); };
-    session_->onShutdown = [this] {
+    session_->onEnd = [this] {
         defaultNotificationCenter().post(NSApplicationWillTerminateNotification, &hostApplication_);
     };
     session_->start();

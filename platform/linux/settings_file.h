@@ -31,6 +31,8 @@ class SettingsFile : public UserDefaults {
     [[nodiscard]] std::shared_ptr<void> bind(std::string_view key, Handler handler) override;
 
     const std::filesystem::path& path() const { return file_; }
+    /// Why the file could not be used when it was last read; empty when it could.
+    const std::string& problem() const { return problem_; }
 
   private:
     struct Binding {
@@ -53,7 +55,6 @@ class SettingsFile : public UserDefaults {
     std::filesystem::path file_;
     LogSink& log_;
     Dictionary values_;
-    /// Why the file cannot be used; empty while it can.
     std::string problem_;
     std::shared_ptr<Bindings> bindings_ = std::make_shared<Bindings>();
     std::unique_ptr<SettingsWatch> watch_;

@@ -53,6 +53,8 @@ LoginManager::LoginManager(BusConnection& bus) : bus_(bus) {
             if (!g_variant_is_of_type(values, G_VARIANT_TYPE("(so)"))) return;
             g_variant_get(values, "(&s&o)", nullptr, &path);
             if (path != sessionPath_) return;
+            // Before the end of a lock is told: nobody is back.
+            if (isOwnSession_ && onLogout) onLogout();
             watchSession({});
             findSession();
         });
@@ -122,7 +124,7 @@ void LoginManager::findSession() {
                   if (path.empty()) {
                       findSessionOfProcess();
                   } else {
-                      watchSession(path);
+                      watchOwnSession(path);
                   }
               });
 }
@@ -134,7 +136,7 @@ void LoginManager::findSessionOfProcess() {
                   if (path.empty()) {
                       findSessionOfUser();
                   } else {
-                      watchSession(path);
+                      watchOwnSession(path);
                   }
               });
 }
@@ -161,10 +163,16 @@ void LoginManager::findSessionOfUser() {
     });
 }
 
+void LoginManager::watchOwnSession(const std::string& path) {
+    watchSession(path);
+    isOwnSession_ = true;
+}
+
 void LoginManager::watchSession(const std::string& path) {
     isSessionAsked_ = false;
     if (path == sessionPath_) return;
     sessionPath_ = path;
+    isOwnSession_ = false;
     lockSignal_ = {};
     unlockSignal_ = {};
     propertiesSignal_ = {};

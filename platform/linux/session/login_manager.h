@@ -24,6 +24,8 @@ class LoginManager {
     /// manager is lost in between.
     std::function<void(bool asleep)> onSleep;
     std::function<void()> onShutdown;
+    /// The session that this process belongs to has ended.
+    std::function<void()> onLogout;
     /// Called after any change of what the accessors below tell.
     std::function<void()> onChanged;
 
@@ -52,6 +54,7 @@ class LoginManager {
     void findSessionOfProcess();
     void findSessionOfUser();
     void watchSession(const std::string& path);
+    void watchOwnSession(const std::string& path);
     void setLock(bool isRequested, bool isHinted);
     void changed();
 
@@ -71,6 +74,8 @@ class LoginManager {
     bool isSessionAsked_ = false;
     bool isAsleep_ = false;
     std::string sessionPath_;
+    /// Whether this process belongs to that session, rather than only its user.
+    bool isOwnSession_ = false;
     bool isLockRequested_ = false;
     bool isLockHinted_ = false;
 };

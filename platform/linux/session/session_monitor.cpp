@@ -52,8 +52,8 @@ void SessionMonitor::openedSystemBus(BusConnection& bus) {
     login_->onSleep = [this](bool asleep) {
         if (onSleep) onSleep(asleep);
     };
-    login_->onShutdown = [this] {
-        if (onShutdown) onShutdown();
+    login_->onShutdown = login_->onLogout = [this] {
+        if (onEnd) onEnd();
     };
     login_->onChanged = [this] { update(); };
 }
@@ -90,18 +90,39 @@ bool SessionMonitor::isDecided() const {
 
 std::vector<SessionService> SessionMonitor::status() const {
     std::vector<SessionService> result;
-    result.push_back({"system bus", systemBus_.isOpen(), systemBus_.problem()});
+    if (!systemBus_.isOpen()) {
+        result.push_back({"system bus", false,
+                          "it cannot be reached (" + systemBus_.problem() +
+                              "): sleep, shutdown and locks of the session are not told, all else works"});
+    } else {
+        result.push_back({"system bus", true, ""});
+        result.push_back(loginStatus());
+    }
+    if (!sessionBus_.isOpen()) {
+        result.push_back({"session bus", false,
+                          "it cannot be reached (" + sessionBus_.problem() +
+                              "): locks by the screen saver are not told, all else works"});
+    } else {
+        result.push_back({"session bus", true, ""});
+        result.push_back(saverStatus());
+    }
+    return result;
+}
+
+SessionService SessionMonitor::loginStatus() const {
     SessionService login{"login manager", login_ && login_->isAvailable().value_or(false), ""};
     if (!login.isAvailable) {
-        login.detail = "sleep, shutdown and locks of the session are not told";
+        login.detail = "it does not answer: sleep, shutdown and locks of the session are not told";
     } else {
         login.detail = login_->isSleepDelayed() || login_->isAsleep() ? "sleep is awaited"
                                                                       : "sleep is told but cannot be delayed";
         login.detail += login_->sessionPath().empty() ? ", no session of this user found for locks"
                                                       : ", locks of " + login_->sessionPath();
     }
-    result.push_back(std::move(login));
-    result.push_back({"session bus", sessionBus_.isOpen(), sessionBus_.problem()});
+    return login;
+}
+
+SessionService SessionMonitor::saverStatus() const {
     SessionService saver{"screen saver", false, ""};
     for (const auto& watch : savers_) {
         if (!watch->isAvailable().value_or(false)) continue;
@@ -109,8 +130,7 @@ std::vector<SessionService> SessionMonitor::status() const {
         saver.isAvailable = true;
     }
     if (!saver.isAvailable) saver.detail = "no screen saver offers itself on the session bus";
-    result.push_back(std::move(saver));
-    return result;
+    return saver;
 }
 
 }  // namespace orvane

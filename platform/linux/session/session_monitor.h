@@ -34,8 +34,8 @@ class SessionMonitor {
     std::function<void(bool asleep)> onSleep;
     /// The user's session was locked or unlocked, whoever tells so.
     std::function<void(bool locked)> onLock;
-    /// The machine is about to be shut down.
-    std::function<void()> onShutdown;
+    /// The machine is about to be shut down, or the session that this process belongs to has ended.
+    std::function<void()> onEnd;
 
     /// Call it once, with the callbacks set. The present state is told as a change from awake and unlocked.
     void start();
@@ -47,12 +47,15 @@ class SessionMonitor {
 
     /// Every service has been looked for once, so that `status` no longer misses one that is there.
     bool isDecided() const;
+    /// The buses, and what is to be found on those that can be reached.
     std::vector<SessionService> status() const;
 
   private:
     void openedSystemBus(BusConnection& bus);
     void openedSessionBus(BusConnection& bus);
     void update();
+    SessionService loginStatus() const;
+    SessionService saverStatus() const;
 
     BusLink systemBus_;
     BusLink sessionBus_;
