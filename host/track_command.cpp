@@ -46,11 +46,11 @@ class TrackSession {
         platform.defaultNotificationCenter().addObserver(
             this, [this](const Notification&) { g_main_loop_quit(loop_); },
             NSApplicationWillTerminateNotification);
-        ObservationToken polls;
-        if (shows_) {
-            polls = observe(tracker_, "idleTime", [this](const Change&) { showSoon(); });
-            showSoon();
-        }
+        const ObservationToken polls = observe(tracker_, "idleTime", [this](const Change&) {
+            readApplicationAnew();
+            if (shows_) showSoon();
+        });
+        if (shows_) showSoon();
         g_main_loop_run(loop_);
         for (const guint source : signals) g_source_remove(source);
         platform.defaultNotificationCenter().removeObserver(this);
@@ -62,6 +62,15 @@ class TrackSession {
         Platform& platform = Platform::current();
         platform.defaultNotificationCenter().post(NSApplicationWillTerminateNotification,
                                                   &platform.hostApplication());
+    }
+
+    /// Another program may have switched the application off that is being recorded; a poll that has it in
+    /// memory would not see that.
+    void readApplicationAnew() const {
+        const Ref<OrvaneRecording>& recording = tracker_.currentRecording();
+        if (!recording || recording->isFault()) return;
+        if (const Ref<OrvaneApp> app = recording->application())
+            tracker_.managedObjectContext()->refreshObject(*app, true);
     }
 
     /// The idle time is the first thing a poll writes: what it records is shown when it is through.
