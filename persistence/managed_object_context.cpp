@@ -116,6 +116,17 @@ std::vector<Ref<ManagedObject>> ManagedObjectContext::deletedObjects() const {
 
 std::size_t ManagedObjectContext::registeredObjectCount() const { return state_->registeredObjectCount(); }
 
+WriteScope::WriteScope(ManagedObjectContext& context) {
+    const auto& coordinator = context.persistentStoreCoordinator();
+    if (context.parentContext() || !coordinator || !coordinator->store()) return;
+    store_ = coordinator->store();
+    store_->holdWriteLock();
+}
+
+WriteScope::~WriteScope() {
+    if (store_) store_->takeHeldTransaction();
+}
+
 void ManagedObjectContext::processPendingChanges() { state_->processPendingChanges(); }
 
 NotificationCenter& ManagedObjectContext::notificationCenter() { return state_->notificationCenter; }

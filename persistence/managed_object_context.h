@@ -17,6 +17,10 @@ namespace orvane {
 
 class ContextState;
 
+namespace sqlite {
+class Store;
+}
+
 /// Posted in a context's own notification centre, the context as sender. User info: lists of objects under
 /// the three keys below. The first tells of changes since the last such notice, and comes when
 /// `processPendingChanges`, a fetch or a save runs; the second comes after a save that succeeded and tells
@@ -127,6 +131,21 @@ class ORVANE_EXPORT ManagedObjectContext {
 
   private:
     std::unique_ptr<ContextState> state_;
+};
+
+/// Holds the store's write lock from a look-up to the save that depends on it, so that both see the file in
+/// one state: no other program writes in between, and the file is locked only once. The lock goes with the
+/// first save, or with the scope. When it cannot be had at once everything works as without a scope. Keep it
+/// short, since other programs wait; it does nothing for a child context. Use on the context's thread.
+class ORVANE_EXPORT WriteScope {
+  public:
+    explicit WriteScope(ManagedObjectContext& context);
+    ~WriteScope();
+    WriteScope(const WriteScope&) = delete;
+    WriteScope& operator=(const WriteScope&) = delete;
+
+  private:
+    std::shared_ptr<sqlite::Store> store_;
 };
 
 }  // namespace orvane

@@ -26,11 +26,12 @@ struct Span {
 std::vector<Span> activeSpans(ManagedObjectContext* context, Date from, Date to, const char* order) {
     std::vector<Span> spans;
     if (!context) return spans;
-    for (const Ref<OrvaneRecording>& recording : context->fetch<OrvaneRecording>(
-             {std::string(OrvaneRecording::entityName()),
-              Predicate::withFormat("idle == 0 AND startDate >= %@ AND endDate <= %@",
-                                    {Value(from), Value(to)}),
-              {{order, true}}})) {
+    for (const Ref<OrvaneRecording>& recording :
+         context->fetch<OrvaneRecording>({.entityName = std::string(OrvaneRecording::entityName()),
+         .predicate = Predicate::withFormat("idle == 0 AND startDate >= %@ AND endDate <= %@",
+                                            {Value(from), Value(to)}),
+         .sortOrders = {{order, true}},
+         .textsWhenRead = true})) {
         const std::optional<Date> start = recording->startDate();
         const std::optional<Date> end = recording->endDate();
         if (start && end) spans.push_back({*start, *end});

@@ -81,7 +81,8 @@ struct OpenOptions {
     std::string fileSystem;  ///< name of the SQLite VFS; empty for the usual one
     bool create = false;
     bool readOnly = false;
-    int busyTimeoutMilliseconds = 50;
+    /// How long a call waits at most for another's lock. The default suits a main thread.
+    int busyTimeoutMilliseconds = 25;
 };
 
 /// One connection to a database file. Used by one thread at a time, which is why SQLite's own mutexes are
@@ -133,7 +134,8 @@ class Transaction {
     Transaction(const Transaction&) = delete;
     Transaction& operator=(const Transaction&) = delete;
 
-    bool begun() const { return open_; }
+    /// False when it could not begin, and once SQLite rolled it back by itself.
+    bool begun() const { return open_ && sqlite3_get_autocommit(database_.handle()) == 0; }
     bool commit(Error* error);
 
   private:
