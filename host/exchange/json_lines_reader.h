@@ -1,12 +1,13 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <unordered_map>
 
 #include "host/exchange/import_batch.h"
 #include "host/exchange/input_file.h"
-#include "host/replay/trace_json.h"
+#include "host/exchange/json_line.h"
 
 namespace orvane::host {
 
@@ -21,16 +22,24 @@ class JsonLinesReader {
     void read();
 
   private:
-    void readHeader(ObjectReader& line);
-    void readLine(ObjectReader& line);
-    void readGroup(ObjectReader& line);
-    void readApplication(ObjectReader& line);
-    void readRecording(ObjectReader& line);
+    /// Index by number.
+    using Numbers = std::unordered_map<std::uint32_t, std::size_t>;
+
+    void readHeader();
+    void readLine();
+    void readGroup();
+    void readApplication();
+    void readRecording();
+    std::optional<std::string> takeText(std::string_view key);
+    /// The index of what an earlier line gave this number.
+    std::optional<std::size_t> takeReference(std::string_view key, const Numbers& known);
+    void define(Numbers& known, std::optional<std::uint32_t> number, std::size_t index);
 
     InputFile& input_;
     ImportBatch& batch_;
-    std::unordered_map<std::int64_t, std::size_t> groups_;  ///< index by number
-    std::unordered_map<std::int64_t, std::size_t> applications_;
+    JsonLine line_;
+    Numbers groups_;
+    Numbers applications_;
     bool hasHeader_ = false;
 };
 

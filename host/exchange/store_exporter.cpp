@@ -2,6 +2,7 @@
 
 #include "host/exchange/interruption.h"
 #include "host/exchange/stored_objects.h"
+#include "host/exchange/stored_recordings.h"
 
 namespace orvane::host {
 
@@ -15,13 +16,9 @@ std::optional<double> seconds(std::optional<Date> date) {
     return date ? std::optional(secondsSinceEpoch(*date)) : std::nullopt;
 }
 
-FetchRequest recordingsOf(const std::optional<DateRange>& range) {
-    const Predicate predicate =
-        range ? Predicate::withFormat(
-                    "(startDate >= %@ AND startDate <= %@) OR (startDate < %@ AND endDate > %@)",
-                    {range->from, range->to, range->from, range->from})
-              : Predicate::withFormat("TRUEPREDICATE");
-    return {std::string(OrvaneRecording::entityName()), predicate, {{"startDate"}}};
+RecordingFilter recordingsOf(const std::optional<DateRange>& range) {
+    if (!range) return {std::nullopt, "TRUEPREDICATE", {}};
+    return {range->to, "startDate >= %@ OR endDate > %@", {range->from, range->from}};
 }
 
 }  // namespace

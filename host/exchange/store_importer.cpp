@@ -75,27 +75,24 @@ bool StoreImporter::findStored(Error* error) {
             last = std::max(last, std::max(*recording.start, *recording.end));
         }
     }
-    if (first <= last && !lookAtStored(Predicate::withFormat("startDate <= %@ AND endDate >= %@",
-                                                             {dateFromSecondsSinceEpoch(last),
-                                                              dateFromSecondsSinceEpoch(first)}),
-                                       error))
+    if (first <= last &&
+        !lookAtStored({dateFromSecondsSinceEpoch(last), "endDate >= %@", {dateFromSecondsSinceEpoch(first)}},
+                      error))
         return false;
     if (hasOdd &&
-        !lookAtStored(Predicate::withFormat("startDate == nil OR endDate == nil OR endDate < startDate"),
-                      error))
+        !lookAtStored({std::nullopt, "startDate == nil OR endDate == nil OR endDate < startDate", {}}, error))
         return false;
     covered_.settle();
     return !Interruption::requested();
 }
 
-bool StoreImporter::lookAtStored(const Predicate& predicate, Error* error) {
+bool StoreImporter::lookAtStored(const RecordingFilter& filter, Error* error) {
     std::size_t done = 0;
-    return forEachRecording(context_, {std::string(OrvaneRecording::entityName()), predicate}, error,
-                            [&](const OrvaneRecording& stored, std::size_t total) {
-                                note(stored);
-                                progress_.advance(++done, total);
-                                return !Interruption::requested();
-                            });
+    return forEachRecording(context_, filter, error, [&](const OrvaneRecording& stored, std::size_t total) {
+        note(stored);
+        progress_.advance(++done, total);
+        return !Interruption::requested();
+    });
 }
 
 void StoreImporter::note(const OrvaneRecording& stored) {

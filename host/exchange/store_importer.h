@@ -10,6 +10,7 @@
 #include "host/exchange/import_report.h"
 #include "host/exchange/item_matching.h"
 #include "host/exchange/progress.h"
+#include "host/exchange/stored_recordings.h"
 #include "persistence/managed_object_context.h"
 #include "store/orvane_recording.h"
 
@@ -31,7 +32,7 @@ class StoreImporter {
   private:
     bool findItems(Error* error);
     bool findStored(Error* error);
-    bool lookAtStored(const Predicate& predicate, Error* error);
+    bool lookAtStored(const RecordingFilter& filter, Error* error);
     void note(const OrvaneRecording& stored);
     void insertItems();
     void insertPart(const ImportBatch::Recording& recording, std::optional<double> start,

@@ -1,5 +1,7 @@
 #include "host/exchange/stored_objects.h"
 
+#include "persistence/persistence_errors.h"
+
 namespace orvane::host {
 
 bool saveSoon(ManagedObjectContext& context, Error* error) {

@@ -6,8 +6,6 @@
 
 #include "foundation/error.h"
 #include "persistence/managed_object_context.h"
-#include "persistence/persistence_errors.h"
-#include "store/orvane_recording.h"
 
 namespace orvane::host {
 
@@ -26,26 +24,6 @@ std::optional<std::vector<Ref<T>>> storedObjects(ManagedObjectContext& context, 
         return left->objectID().key() < right->objectID().key();
     });
     return result;
-}
-
-/// Calls `use` with each recording that the request finds, one at a time: never are they all in memory. Ends
-/// early when `use` returns false. False, with an error, when the store cannot be read.
-template <class Use>
-bool forEachRecording(ManagedObjectContext& context, const FetchRequest& request, Error* error, Use&& use) {
-    const auto identifiers = context.identifiersForFetchRequest(request, error);
-    if (!identifiers) return false;
-    for (const ManagedObjectID& identifier : *identifiers) {
-        Error failure;
-        const Ref<ManagedObject> object = context.existingObjectWithID(identifier, &failure);
-        if (!object) {
-            // Deleted by another program meanwhile.
-            if (failure.domain() == persistenceErrorDomain && failure.code() == objectNotFoundError) continue;
-            assignError(error, failure);
-            return false;
-        }
-        if (!use(static_cast<const OrvaneRecording&>(*object), identifiers->size())) break;
-    }
-    return true;
 }
 
 /// Saves; for up to a second it tries again while another program is writing.
