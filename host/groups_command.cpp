@@ -258,8 +258,8 @@ int runRemoveGroup(const std::string& name, const CommonOptions& options) {
     GroupEdit edit(options);
     const Ref<OrvaneGroup> group = edit.isFine() ? edit.group(name) : nullptr;
     if (!group) return edit.status();
-    const std::string text = "Removed the group " + shownName(*group) + "; " +
-                             countOf(group->applications().size()) + " remain without a group.";
+    const std::string text = "Removed the group " + shownName(*group) +
+                             ". Without a group now: " + countOf(group->applications().size()) + ".";
     const ordered_json removed{{"removed", jsonText(group->identifier())}};
     edit.context().deleteObject(*group);
     return edit.finish(removed, text);

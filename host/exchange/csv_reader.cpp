@@ -94,7 +94,10 @@ std::optional<std::size_t> CsvReader::indexOf(std::map<std::string, std::pair<st
                                               std::size_t numberColumn, std::size_t lastColumn, Item item,
                                               Add&& add) {
     const Text& number = field(numberColumn);
-    const std::string key = number ? "#" + *number : joined(numberColumn + 1, lastColumn);
+    const bool hasIdentifier = item.identifier && !item.identifier->empty();
+    const std::string key = number          ? "#" + *number
+                            : hasIdentifier ? "=" + *item.identifier
+                                            : joined(numberColumn + 1, lastColumn);
     if (key.empty()) return std::nullopt;
     const auto found = known.find(key);
     if (found == known.end()) {
@@ -102,7 +105,8 @@ std::optional<std::size_t> CsvReader::indexOf(std::map<std::string, std::pair<st
         known.emplace(key, std::pair(index, std::move(item)));
         return index;
     }
-    if (found->second.second != item) fail(numberColumn, "has other attributes than in a row before");
+    if (number && found->second.second != item)
+        fail(numberColumn, "has other attributes than in a row before");
     return found->second.first;
 }
 

@@ -29,8 +29,8 @@ class CsvReader {
     void readRow();
     std::optional<std::size_t> group();
     std::optional<std::size_t> application();
-    /// The index of the item that the row's number names; without a number, of the one with the same fields.
-    /// None when all its fields are absent.
+    /// The index of the item that the row's number names; without a number, of the one with the same
+    /// identifier, or, without that, with the same fields. None when all its fields are absent.
     template <class Item, class Add>
     std::optional<std::size_t> indexOf(std::map<std::string, std::pair<std::size_t, Item>>& known,
                                        std::size_t numberColumn, std::size_t lastColumn, Item item,

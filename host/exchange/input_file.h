@@ -51,7 +51,7 @@ class InputFile {
     const std::string& problem() const { return problem_; }
 
     /// The longest line, or other single piece, that is taken.
-    static constexpr std::size_t longestPiece = 16 << 20;
+    static constexpr std::size_t longestPiece = 4 << 20;
 
   private:
     bool refill();

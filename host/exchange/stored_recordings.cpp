@@ -9,20 +9,17 @@ namespace {
 
 using Recordings = std::vector<Ref<OrvaneRecording>>;
 
-// Recordings of one idle state that are fetched at a time.
-constexpr std::size_t pieceSize = 10000;
-
 /// Goes through the store in pieces of time. The store finds recordings quickly by idle state and start, and
 /// by the start alone only slowly; so each piece is fetched by idle state and then put in order.
 class RecordingWalk {
   public:
-    RecordingWalk(ManagedObjectContext& context, const RecordingFilter& filter)
-        : context_(context), filter_(filter) {}
+    RecordingWalk(ManagedObjectContext& context, const RecordingFilter& filter, std::size_t pieceSize)
+        : context_(context), filter_(filter), pieceSize_(pieceSize) {}
 
     bool run(const RecordingUse& use) {
         const auto total = context_.countForFetchRequest(request(upTo(std::nullopt)), &failure_);
         if (!total) return false;
-        if (*total <= pieceSize) return pass(fetch(upTo(std::nullopt)), *total, use) || !failure_;
+        if (*total <= pieceSize_) return pass(fetch(upTo(std::nullopt)), *total, use) || !failure_;
         bool goesOn = filter_.lastStart || pass(fetch({"startDate == nil", {}}), *total, use);
         Date from = dateFromSecondsSinceEpoch(-std::numeric_limits<double>::infinity());
         while (goesOn && !failure_) {
@@ -85,7 +82,7 @@ class RecordingWalk {
     std::optional<Date> endOfPiece(Date from) {
         std::optional<Date> result;
         for (const Value& idle : idleStates()) {
-            auto end = startAt("idle == %@ AND startDate >= %@", {idle, from}, pieceSize);
+            auto end = startAt("idle == %@ AND startDate >= %@", {idle, from}, pieceSize_);
             // More than a piece of them begin in the same moment: they belong together.
             if (end == from) end = startAt("idle == %@ AND startDate > %@", {idle, from}, 0);
             if (end && (!result || *end < *result)) result = end;
@@ -105,14 +102,15 @@ class RecordingWalk {
 
     ManagedObjectContext& context_;
     const RecordingFilter& filter_;
+    std::size_t pieceSize_;
     Error failure_;
 };
 
 }  // namespace
 
 bool forEachRecording(ManagedObjectContext& context, const RecordingFilter& filter, Error* error,
-                      const RecordingUse& use) {
-    RecordingWalk walk(context, filter);
+                      const RecordingUse& use, std::size_t pieceSize) {
+    RecordingWalk walk(context, filter, pieceSize);
     if (walk.run(use)) return true;
     assignError(error, walk.failure());
     return false;

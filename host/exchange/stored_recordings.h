@@ -26,9 +26,9 @@ struct RecordingFilter {
 using RecordingUse = std::function<bool(const OrvaneRecording& recording, std::size_t total)>;
 
 /// Calls `use` with each recording that the filter lets through, in the order of their starts, those without
-/// a start first. Only some ten thousand are in memory at a time. False, with an error, when the store cannot
-/// be read.
+/// a start first. They are fetched in pieces of about `pieceSize` of each idle state. False, with an error,
+/// when the store cannot be read.
 bool forEachRecording(ManagedObjectContext& context, const RecordingFilter& filter, Error* error,
-                      const RecordingUse& use);
+                      const RecordingUse& use, std::size_t pieceSize = 10000);
 
 }  // namespace orvane::host

@@ -40,8 +40,8 @@ std::string shown(const OrvaneGroup* group) {
 
 std::string shown(const OrvaneApp* app) {
     if (!app) return "-";
-    return "[" + shown(app->identifier()) + shown(app->name()) + shown(app->color()) + shown(app->disabled()) +
-           shown(app->group().get()) + "]";
+    return "[" + shown(app->identifier()) + shown(app->name()) + shown(app->color()) +
+           shown(app->disabled()) + shown(app->group().get()) + "]";
 }
 
 template <class T>
@@ -75,8 +75,8 @@ void ExchangeStore::open() {
     stack_->setUrl(folder_);
 }
 
-Ref<OrvaneApp> ExchangeStore::insertApp(std::optional<std::string> identifier, std::optional<std::string> name,
-                                        const Ref<OrvaneGroup>& group) {
+Ref<OrvaneApp> ExchangeStore::insertApp(std::optional<std::string> identifier,
+                                        std::optional<std::string> name, const Ref<OrvaneGroup>& group) {
     const auto app = OrvaneApp::insertInManagedObjectContext(context());
     app->setIdentifier(identifier);
     app->setName(name);
@@ -120,7 +120,8 @@ ImportReport ExchangeStore::import(const std::filesystem::path& file) {
         const ImportBatch batch = read(file, report);
         Progress progress;
         Error error;
-        EXPECT_TRUE(StoreImporter(context(), batch, report, progress).run(&error)) << error.localizedDescription();
+        EXPECT_TRUE(StoreImporter(context(), batch, report, progress).run(&error))
+            << error.localizedDescription();
     } catch (const InputProblem& problem) {
         ADD_FAILURE() << file << ":" << problem.line() << ": " << problem.what();
     }

@@ -39,8 +39,8 @@ class ExchangeStore {
     /// Writes the text to a file with that extension and imports it.
     host::ImportReport importText(const std::string& text, const std::string& extension);
 
-    /// Each recording with all attributes of its application and group, dates to the last bit, in the order of
-    /// the texts. What is absent is "-".
+    /// Each recording with all attributes of its application and group, dates to the last bit, in the order
+    /// of the texts. What is absent is "-".
     std::vector<std::string> recordings();
     /// The same of every application and group.
     std::vector<std::string> items();

@@ -1,9 +1,9 @@
-#include <gtest/gtest-spi.h>
-
 #include <bit>
 #include <limits>
 #include <random>
+#include <set>
 
+#include "host/exchange/stored_recordings.h"
 #include "tests/host/exchange_fixture.h"
 
 namespace orvane::test {
@@ -42,7 +42,7 @@ class RandomStore {
     }
 
   private:
-    unsigned pick(unsigned count) { return random_() % count; }
+    unsigned pick(unsigned count) { return static_cast<unsigned>(random_() % count); }
     template <class T>
     const T& one(const std::vector<T>& of) {
         return of[pick(static_cast<unsigned>(of.size()))];
@@ -52,27 +52,26 @@ class RandomStore {
         return chance == 0 ? std::nullopt : std::optional(chance == 1);
     }
     std::optional<std::string> text() {
-        static const std::vector<std::string> awkward{
-            "",
-            "plain",
-            " blanks ",
-            "comma, \"quotes\"",
-            "\"",
-            "line\nfeed",
-            "carriage\r\nreturn\r",
-            std::string("zero\0byte", 9),
-            "Grüße 日本 🦉",
-            "bad \xFF\xC0\x80 bytes",
-            "\xE2\x82",
-            "\xED\xA0\x80",
-            "base64:",
-            "base64:aGVsbG8=",
-            "null",
-            "-",
-            "\x01\x7F\t\\u0041",
-            "=1+1",
-            "\xEF\xBB\xBF mark",
-            "e\u0301 and \u00e9"};
+        static const std::vector<std::string> awkward{"",
+                                                      "plain",
+                                                      " blanks ",
+                                                      "comma, \"quotes\"",
+                                                      "\"",
+                                                      "line\nfeed",
+                                                      "carriage\r\nreturn\r",
+                                                      std::string("zero\0byte", 9),
+                                                      "Grüße 日本 🦉",
+                                                      "bad \xFF\xC0\x80 bytes",
+                                                      "\xE2\x82",
+                                                      "\xED\xA0\x80",
+                                                      "base64:",
+                                                      "base64:aGVsbG8=",
+                                                      "null",
+                                                      "-",
+                                                      "\x01\x7F\t\\u0041",
+                                                      "=1+1",
+                                                      "\xEF\xBB\xBF mark",
+                                                      "e\u0301 and \u00e9"};
         if (pick(6) == 0) return std::nullopt;
         if (pick(2) == 0) return one(awkward);
         std::string result;
@@ -80,16 +79,27 @@ class RandomStore {
         return result;
     }
     std::optional<double> date() {
-        static const std::vector<double> awkward{0,        0.1,    1e-320,  -1.5,  1772438400,
-                                                 infinity, 1e300,  -1e300,  1.0 / 3, 9007199254740993.0,
-                                                 -infinity, 1e21, 123456789012345680.0};
+        static const std::vector<double> awkward{0,
+                                                 0.1,
+                                                 1e-320,
+                                                 -1.5,
+                                                 1772438400,
+                                                 infinity,
+                                                 1e300,
+                                                 -1e300,
+                                                 1.0 / 3,
+                                                 9007199254740993.0,
+                                                 -infinity,
+                                                 1e21,
+                                                 123456789012345680.0};
         switch (pick(8)) {
             case 0:
                 return std::nullopt;
             case 1:
                 return one(awkward);
             case 2: {
-                const double any = std::bit_cast<double>(std::uniform_int_distribution<std::uint64_t>()(random_));
+                const double any =
+                    std::bit_cast<double>(std::uniform_int_distribution<std::uint64_t>()(random_));
                 return any == any && any != 0 ? any : 1.0;
             }
             default:
@@ -157,18 +167,19 @@ TEST_F(Exchange, TakesOnlyTimeThatIsNotCovered) {
     const std::string before = store.summary();
 
     const std::string heading = "start,end,idle,window,identifier,name\n";
-    const auto report = store.importText(heading +
-                                             "50,350,false,long,org.app,Other name\n"  // two gaps of it are free
-                                             "120,180,false,inner,org.app,\n"          // all of it is covered
-                                             "400,420,false,after,org.app,\n"          // begins at an end
-                                             "250,250,false,moment,org.app,\n"         // at an end
-                                             "110,110,false,moment,org.app,\n"         // in the middle
-                                             "460,470,false,x,org.new,New\n"           // what ends early covers nothing
-                                             "300,400,false,b,org.app,\n"              // the same
-                                             "300,400,true,b,org.app,\n"               // covered, though not the same
-                                             "500,450,false,back,org.app,\n"
-                                             "500,440,false,back,org.app,\n",
-                                         ".csv");
+    const auto report =
+        store.importText(heading +
+                             "50,350,false,long,org.app,Other name\n"  // two gaps of it are free
+                             "120,180,false,inner,org.app,\n"          // all of it is covered
+                             "400,420,false,after,org.app,\n"          // begins at an end
+                             "250,250,false,moment,org.app,\n"         // at an end
+                             "110,110,false,moment,org.app,\n"         // in the middle
+                             "460,470,false,x,org.new,New\n"           // what ends early covers nothing
+                             "300,400,false,b,org.app,\n"              // the same
+                             "300,400,true,b,org.app,\n"               // covered, though not the same
+                             "500,450,false,back,org.app,\n"
+                             "500,440,false,back,org.app,\n",
+                         ".csv");
     EXPECT_EQ(report.taken, 6U);
     EXPECT_EQ(report.takenInPart, 1U);
     EXPECT_EQ(report.overlapping, 3U);
@@ -208,21 +219,20 @@ TEST_F(Exchange, TakesStoredItemsForThoseWithTheSameIdentifier) {
     store.insertApp("org.app", "Kept", group);
     store.insertApp("", "No identifier");
     store.save();
-    const auto report =
-        store.importText(R"({"type": "export", "version": 1}
+    const auto report = store.importText(R"({"type": "export", "version": 1}
 {"type": "group", "number": 9, "identifier": "G", "name": "Theirs"}
 {"type": "group", "number": 4, "identifier": "H", "name": null}
 
 {"type": "application", "number": 3, "identifier": "org.app", "name": "Renamed", "group": 4}
 {"type": "application", "number": 1, "identifier": "org.app", "name": "Twin", "group": 9}
 {"type": "application", "number": 2, "identifier": "", "name": "Another without", "disabled": true})",
-                         ".jsonl");
+                                         ".jsonl");
     EXPECT_EQ(report.newGroups, 1U);
     EXPECT_EQ(report.newApplications, 2U);
-    EXPECT_EQ(store.items(),
-              (std::vector<std::string>{"[<><Another without>-yes-]0", "[<><No identifier>---]0",
-                                        "[<org.app><Kept>--{<G><Mine>---}]0",
-                                        "[<org.app><Twin>--{<G><Mine>---}]0", "{<G><Mine>---}2", "{<H>----}0"}));
+    EXPECT_EQ(store.items(), (std::vector<std::string>{
+                                 "[<><Another without>-yes-]0", "[<><No identifier>---]0",
+                                 "[<org.app><Kept>--{<G><Mine>---}]0", "[<org.app><Twin>--{<G><Mine>---}]0",
+                                 "{<G><Mine>---}2", "{<H>----}0"}));
 }
 
 TEST_F(Exchange, ARangeHoldsWhatReachesIntoIt) {
@@ -245,27 +255,45 @@ TEST_F(Exchange, ARangeHoldsWhatReachesIntoIt) {
     EXPECT_EQ(copy.items().size(), 2U);
 }
 
-TEST_F(Exchange, AStoreThatCannotBeWrittenStaysAsItWas) {
+TEST_F(Exchange, WalksThroughAStoreInPiecesOfAnySize) {
     ExchangeStore store(folder_ / "store");
-    store.insertRecording(store.insertApp("org.app"), 0, 10);
+    RandomStore(store, 7).fill();
+    for (int i = 0; i < 60; ++i)  // many that begin in the same moment
+        store.insertRecording(nullptr, 1.705e9, 1.706e9 + i % 5, i % 2 == 0);
     store.save();
-    const auto recordings = store.recordings();
-    const auto items = store.items();
-    std::string text = "start,end,identifier,group_name\n";
-    // More than the database keeps in memory, so that the failure comes in the middle of writing.
-    for (int i = 0; i < 60000; ++i)
-        text += std::to_string(i * 10) + "," + std::to_string(i * 10 + 10) + ",org.other" +
-                std::to_string(i % 7) + ",Group\n";
-    writeBytes(folder_ / "input.csv", text);
-
-    FailingFileSystem& disk = desktop().fileManager().failingFileSystem();
-    store.context();
-    disk.setWritesFail(true);
-    EXPECT_NONFATAL_FAILURE(store.import(folder_ / "input.csv"), "could not be read or written");
-    disk.setWritesFail(false);
-    EXPECT_EQ(store.recordings(), recordings);
-    EXPECT_EQ(store.items(), items);
-    EXPECT_EQ(store.import(folder_ / "input.csv").taken, 59999U);
+    const Date middle = dateFromSecondsSinceEpoch(1.705e9);
+    const std::vector<host::RecordingFilter> filters{
+        {std::nullopt, "TRUEPREDICATE", {}},
+        {middle, "TRUEPREDICATE", {}},
+        {middle, "endDate >= %@ OR idle == 1", {middle}},
+        {std::nullopt, "endDate < startDate OR endDate == nil", {}}};
+    for (const host::RecordingFilter& filter : filters) {
+        SCOPED_TRACE(filter.format);
+        std::size_t expected = 0;
+        const auto predicate = Predicate::withFormat(filter.format, filter.arguments);
+        for (const auto& recording : store.context().fetch<OrvaneRecording>({"Recording"}))
+            if (predicate.evaluate(*recording) &&
+                (!filter.lastStart ||
+                 (recording->startDate() && *recording->startDate() <= *filter.lastStart)))
+                ++expected;
+        ASSERT_GT(expected, 100U);
+        for (const std::size_t pieceSize : {1, 7, 100, 100000}) {
+            std::set<std::int64_t> seen;
+            std::optional<Date> last;
+            EXPECT_TRUE(host::forEachRecording(
+                store.context(), filter, nullptr,
+                [&](const OrvaneRecording& recording, std::size_t total) {
+                    EXPECT_TRUE(predicate.evaluate(recording));
+                    EXPECT_TRUE(seen.insert(recording.objectID().key()).second);
+                    EXPECT_GE(recording.startDate(), last);
+                    EXPECT_EQ(total, expected);
+                    last = recording.startDate();
+                    return true;
+                },
+                pieceSize));
+            EXPECT_EQ(seen.size(), expected) << pieceSize;
+        }
+    }
 }
 
 }  // namespace

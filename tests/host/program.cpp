@@ -14,20 +14,22 @@ std::string textOf(GBytes* bytes) {
     return result;
 }
 
-GSubprocess* start(const std::vector<std::string>& arguments) {
-    std::vector<const char*> words{ORVANE_PROGRAM};
+GSubprocess* start(const char* program, const std::vector<std::string>& arguments) {
+    std::vector<const char*> words{program};
     for (const std::string& argument : arguments) words.push_back(argument.c_str());
     words.push_back(nullptr);
     GSubprocess* process = g_subprocess_newv(
         words.data(),
-        static_cast<GSubprocessFlags>(G_SUBPROCESS_FLAGS_STDOUT_PIPE | G_SUBPROCESS_FLAGS_STDERR_PIPE), nullptr);
+        static_cast<GSubprocessFlags>(G_SUBPROCESS_FLAGS_STDOUT_PIPE | G_SUBPROCESS_FLAGS_STDERR_PIPE),
+        nullptr);
     if (!process) throw std::runtime_error("the program does not start");
     return process;
 }
 
 }  // namespace
 
-Program::Program(const std::vector<std::string>& arguments) : process_(start(arguments), &g_object_unref) {}
+Program::Program(const std::vector<std::string>& arguments, const char* program)
+    : process_(start(program, arguments), &g_object_unref) {}
 
 ProgramRun Program::finish() {
     GBytes* output = nullptr;
@@ -42,5 +44,9 @@ ProgramRun Program::finish() {
 }
 
 ProgramRun runProgram(const std::vector<std::string>& arguments) { return Program(arguments).finish(); }
+
+ProgramRun runShell(const std::string& line, const std::string& argument) {
+    return Program({"-c", line, ORVANE_PROGRAM, argument}, "/bin/sh").finish();
+}
 
 }  // namespace orvane::test

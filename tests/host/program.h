@@ -21,7 +21,7 @@ struct ProgramRun {
 /// The program while it runs; it reads nothing from standard input.
 class Program {
   public:
-    explicit Program(const std::vector<std::string>& arguments);
+    explicit Program(const std::vector<std::string>& arguments, const char* program = ORVANE_PROGRAM);
 
     void signal(int number) { g_subprocess_send_signal(process_.get(), number); }
     /// Waits for its end.
@@ -33,5 +33,7 @@ class Program {
 
 /// Runs the program to its end.
 ProgramRun runProgram(const std::vector<std::string>& arguments);
+/// Runs a line of shell to its end; "$0" is the program, "$1" the argument.
+ProgramRun runShell(const std::string& line, const std::string& argument);
 
 }  // namespace orvane::test
