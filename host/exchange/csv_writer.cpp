@@ -12,7 +12,7 @@ namespace {
 template <class Text>
 std::string field(const std::optional<Text>& text) {
     if (!text) return {};
-    const std::string written = exchangeText(*text);
+    std::string written = exchangeText(*text);
     if (!written.empty() && written.find_first_of(",\"\r\n") == std::string::npos) return written;
     std::string result = "\"";
     for (const char character : written) {
