@@ -102,28 +102,29 @@ int read(const ImportOptions& options, ExchangeFormat format, ImportBatch& batch
     return problem.empty() ? exitSuccess : fail(problem, exitUsage);
 }
 
-/// A store that is made for an import, and removed again unless that succeeds. No tracker can begin to use
-/// it meanwhile.
-class NewStore {
+/// The folder imported into. No tracker uses it meanwhile: it might wait for the import's save in vain. A
+/// store made for the import is removed again unless that succeeds.
+class Destination {
   public:
-    explicit NewStore(std::filesystem::path folder) : folder_(std::move(folder)), lock_(folder_) {}
-    ~NewStore() {
+    Destination(std::filesystem::path folder, bool isNew)
+        : folder_(std::move(folder)), lock_(folder_), isKept_(!isNew) {}
+    ~Destination() {
         if (isKept_ || !lock_.isHeld()) return;
         std::error_code ignored;
         std::filesystem::remove(folder_ / "Orvaning.db", ignored);
         std::filesystem::remove(folder_ / "Orvaning.db-journal", ignored);
     }
-    NewStore(const NewStore&) = delete;
-    NewStore& operator=(const NewStore&) = delete;
+    Destination(const Destination&) = delete;
+    Destination& operator=(const Destination&) = delete;
 
-    /// Why the store may not be made; empty when it may.
+    /// Why nothing may be imported there; empty when it may.
     const std::string& problem() const { return lock_.problem(); }
     void keep() { isKept_ = true; }
 
   private:
     std::filesystem::path folder_;
     TrackerLock lock_;
-    bool isKept_ = false;
+    bool isKept_;
 };
 
 }  // namespace
@@ -148,12 +149,10 @@ int runImport(const ImportOptions& options) {
     if (const int status = read(options, *format, batch, report, progress); status != exitSuccess)
         return status;
 
-    std::optional<NewStore> newStore;
     OpenStore store(options.common.store);
-    if (!store.exists()) {
-        newStore.emplace(options.common.store.value_or(store.tracker().applicationFilesDirectory()));
-        if (!newStore->problem().empty()) return fail(newStore->problem(), exitFailure);
-    }
+    Destination destination(options.common.store.value_or(store.tracker().applicationFilesDirectory()),
+                            !store.exists());
+    if (!destination.problem().empty()) return fail(destination.problem(), exitFailure);
     ManagedObjectContext* context = store.contextForWriting();
     if (!context) return exitFailure;
     Error error;
@@ -162,7 +161,7 @@ int runImport(const ImportOptions& options) {
     if (!imported)
         return fail(error ? error.localizedDescription() + " Nothing was imported." : interrupted,
                     exitFailure);
-    if (newStore) newStore->keep();
+    destination.keep();
     if (options.common.json)
         printJson(report);
     else

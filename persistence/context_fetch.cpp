@@ -11,29 +11,16 @@ using sqlite::CompiledQuery;
 
 namespace {
 
-/// Several statements that see the file in one state.
+/// Lets several statements see the file in one state, unless a transaction stands already.
 class ReadTransaction {
   public:
-    ReadTransaction(sqlite::Database& file, bool wanted) : file_(file) {
-        const bool stands = sqlite3_get_autocommit(file.handle()) == 0;
-        if (wanted && !stands) open_ = run("BEGIN");
+    ReadTransaction(sqlite::Database& file, bool wanted) {
+        if (wanted && sqlite3_get_autocommit(file.handle()) != 0)
+            transaction_.emplace(file, sqlite::Transaction::Kind::read, nullptr);
     }
-    ~ReadTransaction() {
-        if (open_) run("COMMIT");
-    }
-    ReadTransaction(const ReadTransaction&) = delete;
-    ReadTransaction& operator=(const ReadTransaction&) = delete;
 
   private:
-    bool run(std::string_view sql) {
-        sqlite::Statement* statement = file_.prepared(sql, nullptr);
-        if (!statement) return false;
-        const sqlite::StatementUse use(*statement);
-        return use->step() == SQLITE_DONE;
-    }
-
-    sqlite::Database& file_;
-    bool open_ = false;
+    std::optional<sqlite::Transaction> transaction_;
 };
 
 /// What LIMIT and OFFSET take.

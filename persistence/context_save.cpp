@@ -123,9 +123,11 @@ bool ContextState::saveToStore(Error* error) {
     std::vector<NewKey> assigned;
     std::vector<Ref<ManagedObject>> vanished;
     const auto write = [&] {
-        auto transaction = store()->takeHeldTransaction();
-        if (!transaction || !transaction->begun())
-            transaction = std::make_unique<sqlite::Transaction>(*file, error);
+        using sqlite::Transaction;
+        auto transaction = store()->takeTransaction();
+        if (transaction && !(transaction->kind() == Transaction::Kind::write && transaction->begun()))
+            transaction.reset();
+        if (!transaction) transaction = std::make_unique<Transaction>(*file, Transaction::Kind::write, error);
         if (!transaction->begun() || !assignKeys(*file, assigned, error)) return false;
         for (const Ref<ManagedObject>& object : listed_) {
             if (!object->hasChanges()) continue;

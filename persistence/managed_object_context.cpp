@@ -116,15 +116,15 @@ std::vector<Ref<ManagedObject>> ManagedObjectContext::deletedObjects() const {
 
 std::size_t ManagedObjectContext::registeredObjectCount() const { return state_->registeredObjectCount(); }
 
-WriteScope::WriteScope(ManagedObjectContext& context) {
+StoreScope::StoreScope(ManagedObjectContext& context, bool forWriting) {
     const auto& coordinator = context.persistentStoreCoordinator();
     if (context.parentContext() || !coordinator || !coordinator->store()) return;
     store_ = coordinator->store();
-    store_->holdWriteLock();
+    store_->beginAhead(forWriting ? sqlite::Transaction::Kind::write : sqlite::Transaction::Kind::read);
 }
 
-WriteScope::~WriteScope() {
-    if (store_) store_->takeHeldTransaction();
+StoreScope::~StoreScope() {
+    if (store_) store_->takeTransaction();
 }
 
 void ManagedObjectContext::processPendingChanges() { state_->processPendingChanges(); }

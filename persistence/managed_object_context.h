@@ -133,19 +133,33 @@ class ORVANE_EXPORT ManagedObjectContext {
     std::unique_ptr<ContextState> state_;
 };
 
-/// Holds the store's write lock from a look-up to the save that depends on it, so that both see the file in
-/// one state: no other program writes in between, and the file is locked only once. The lock goes with the
-/// first save, or with the scope. When it cannot be had at once everything works as without a scope. Keep it
-/// short, since other programs wait; it does nothing for a child context. Use on the context's thread.
-class ORVANE_EXPORT WriteScope {
+/// Lets several operations of a context see the store's file in one state, and locks the file once for all of
+/// them. It ends with the first save at the latest. When the lock cannot be had everything works as without a
+/// scope, and scopes do nothing for a child context. Keep them short, since other programs wait. Use on the
+/// context's thread.
+class ORVANE_EXPORT StoreScope {
   public:
-    explicit WriteScope(ManagedObjectContext& context);
-    ~WriteScope();
-    WriteScope(const WriteScope&) = delete;
-    WriteScope& operator=(const WriteScope&) = delete;
+    StoreScope(const StoreScope&) = delete;
+    StoreScope& operator=(const StoreScope&) = delete;
+
+  protected:
+    StoreScope(ManagedObjectContext& context, bool forWriting);
+    ~StoreScope();
 
   private:
     std::shared_ptr<sqlite::Store> store_;
+};
+
+/// For fetches that belong together: no other program's save is seen between them.
+class ORVANE_EXPORT ReadScope : public StoreScope {
+  public:
+    explicit ReadScope(ManagedObjectContext& context) : StoreScope(context, false) {}
+};
+
+/// For a look-up and the save that depends on it: no other program writes in between.
+class ORVANE_EXPORT WriteScope : public StoreScope {
+  public:
+    explicit WriteScope(ManagedObjectContext& context) : StoreScope(context, true) {}
 };
 
 }  // namespace orvane

@@ -64,6 +64,7 @@ std::vector<Ref<RangeItem>> Orvane::itemsFromDate(Date fromDate, Date toDate) {
 
 std::vector<Ref<RangeItem>> Orvane::itemsFromDate(Date fromDate, Date toDate,
                                                   ManagedObjectContext& context) const {
+    const ReadScope scope(context);
     const auto groups = context.fetch<OrvaneGroup>({std::string(OrvaneGroup::entityName())});
     auto recordings = context.fetch<OrvaneRecording>(
         {.entityName = std::string(OrvaneRecording::entityName()),

@@ -196,8 +196,8 @@ Error Database::lastError() const {
     return errorForCode(code, sqlite3_errmsg(handle_), file_);
 }
 
-Transaction::Transaction(Database& database, Error* error) : database_(database) {
-    Statement* begin = database_.prepared("BEGIN IMMEDIATE", error);
+Transaction::Transaction(Database& database, Kind kind, Error* error) : database_(database), kind_(kind) {
+    Statement* begin = database_.prepared(kind == Kind::write ? "BEGIN IMMEDIATE" : "BEGIN", error);
     if (!begin) return;
     const StatementUse use(*begin);
     open_ = use->step() == SQLITE_DONE;

@@ -111,13 +111,11 @@ Store::Store(std::filesystem::path file, PreparedStore prepared, PrepareOptions 
     for (const EntityDescription& entity : model.entities()) statements_.push_back(statementsFor(entity));
 }
 
-void Store::holdWriteLock() {
-    held_.reset();
-    auto transaction = std::make_unique<Transaction>(*database_, nullptr);
-    if (transaction->begun()) held_ = std::move(transaction);
+void Store::beginAhead(Transaction::Kind kind) {
+    ahead_.reset();
+    auto transaction = std::make_unique<Transaction>(*database_, kind, nullptr);
+    if (transaction->begun()) ahead_ = std::move(transaction);
 }
-
-std::unique_ptr<Transaction> Store::takeHeldTransaction() { return std::exchange(held_, nullptr); }
 
 bool Store::declareDerived(const EntityDescription& entity, std::span<const DerivedSeconds> derived,
                            Error* error) {

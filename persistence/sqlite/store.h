@@ -42,10 +42,10 @@ class Store {
     /// A further connection, with all functions registered, for a context on another thread.
     std::unique_ptr<Database> openConnection(Error* error) const;
 
-    /// Begins the transaction of the next save ahead of it, when the write lock can be had.
-    void holdWriteLock();
+    /// Begins a transaction ahead of the operations that are to share it, when the lock can be had.
+    void beginAhead(Transaction::Kind kind);
     /// The transaction begun ahead, which ends with what is returned; none when there is none.
-    std::unique_ptr<Transaction> takeHeldTransaction();
+    std::unique_ptr<Transaction> takeTransaction() { return std::exchange(ahead_, nullptr); }
 
     /// Declares the derived values of an entity that can be summed in the file. Call before anything is
     /// fetched.
@@ -67,7 +67,7 @@ class Store {
     std::shared_ptr<const std::string> identifier_;
     PrepareOptions options_;
     std::unique_ptr<Database> database_;
-    std::unique_ptr<Transaction> held_;
+    std::unique_ptr<Transaction> ahead_;
     std::vector<EntityStatements> statements_;
     std::vector<Derived> derived_;
 };

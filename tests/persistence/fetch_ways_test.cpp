@@ -151,6 +151,22 @@ TEST_F(FetchWays, AChildReadsInPiecesWhatItsParentReadsAtOnce) {
     });
 }
 
+TEST_F(FetchWays, AReadScopeKeepsTheFileAsItWasSeenUntilASave) {
+    insert("Book", {{"title", "First"}, {"pages", 1}});
+    save();
+    const auto other = openContext();
+    const ReadScope scope(*context_);
+    EXPECT_EQ(pages(*context_, request("pages >= 1")).size(), 1U);
+    other->insertNewObject("Book")->setValueForKey(2, "pages");
+    EXPECT_FALSE(other->save(nullptr));
+    EXPECT_EQ(pages(*context_, request("pages >= 1")).size(), 1U);
+    insert("Book", {{"title", "Third"}, {"pages", 3}});
+    save();
+    Error error;
+    ASSERT_TRUE(other->save(&error)) << error.localizedDescription();
+    EXPECT_EQ(sorted(pages(*context_, request("pages >= 1"))), (std::vector<std::int64_t>{1, 2, 3}));
+}
+
 TEST_F(FetchWays, AWriteScopeKeepsOthersFromWritingUntilTheSave) {
     insert("Book", {{"title", "First"}, {"pages", 1}});
     save();
