@@ -29,6 +29,19 @@ unsigned dayOf(CalendarDay day) { return static_cast<unsigned>(civil(day).day())
 std::string dayName(CalendarDay day) { return dayNames[std::chrono::weekday(day).c_encoding()]; }
 std::string monthName(CalendarDay day) { return monthNames[monthOf(day) - 1]; }
 
+/// Both days, with so many letters of the months' names.
+std::string spanText(CalendarDay first, CalendarDay last, std::size_t letters) {
+    const std::string year = std::to_string(yearOf(last));
+    std::string begin;
+    if (first != last) begin = std::to_string(dayOf(first));
+    if (yearOf(first) != yearOf(last))
+        begin += " " + monthName(first).substr(0, letters) + " " + std::to_string(yearOf(first));
+    else if (monthOf(first) != monthOf(last))
+        begin += " " + monthName(first).substr(0, letters);
+    return begin + (begin.empty() ? "" : " – ") + std::to_string(dayOf(last)) + " " +
+           monthName(last).substr(0, letters) + " " + year;
+}
+
 }  // namespace
 
 LocalMoment localMoment(Date date) {
@@ -79,14 +92,10 @@ std::string longText(CalendarDay day) {
 }
 
 std::string spanText(CalendarDay first, CalendarDay last) {
-    if (first == last) return longText(first);
-    std::string begin = std::to_string(dayOf(first));
-    if (yearOf(first) != yearOf(last))
-        begin += " " + monthText(first);
-    else if (monthOf(first) != monthOf(last))
-        begin += " " + monthName(first);
-    return begin + " – " + std::to_string(dayOf(last)) + " " + monthText(last);
+    return first == last ? longText(first) : spanText(first, last, std::string::npos);
 }
+
+std::string shortSpanText(CalendarDay first, CalendarDay last) { return spanText(first, last, 3); }
 
 std::string monthText(CalendarDay day) { return monthName(day) + " " + std::to_string(yearOf(day)); }
 

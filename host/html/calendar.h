@@ -36,6 +36,8 @@ std::string shortText(CalendarDay day);
 std::string longText(CalendarDay day);
 /// "2 – 8 March 2026": from the first to the last day, with no part said twice.
 std::string spanText(CalendarDay first, CalendarDay last);
+/// The same with short names: "27 Feb – 5 Mar 2026".
+std::string shortSpanText(CalendarDay first, CalendarDay last);
 /// "March 2026"
 std::string monthText(CalendarDay day);
 

@@ -36,7 +36,7 @@ std::string nameOf(const HeatMap::Row& row, HeatMap::Unit unit) {
         case HeatMap::Unit::day:
             return shortText(row.first);
         case HeatMap::Unit::week:
-            return spanText(row.first, row.last);
+            return shortSpanText(row.first, row.last);
         case HeatMap::Unit::month:
             return monthText(row.first);
         case HeatMap::Unit::year:

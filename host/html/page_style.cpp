@@ -16,7 +16,7 @@ const char* const pageStyle = R"css(
     --page: #15181c; --raised: #1d2126; --ink: #e8ebee; --soft: #a3adb8; --line: #2f353c; --edge: #7f8a96;
     --plain: #87919c; --accent: #8fb4ff; --tip: #e8ebee; --tip-ink: #15181c; --tip-soft: #414b56;
     --hatch: #444d57; --band: #1b1f24;
-    --h0: #20252b; --h1: #1c3053; --h2: #21437c; --h3: #2c5caa; --h4: #467bd0; --h5: #7aa5ea; --h6: #b3cffa;
+    --h0: #20252b; --h1: #1c3053; --h2: #21437c; --h3: #2c5caa; --h4: #3d70c4; --h5: #7aa5ea; --h6: #b3cffa;
     --h-low: #ffffff; --h-high: #0d1420;
   }
   .deep { --outline: var(--rim); }

@@ -40,8 +40,10 @@ std::vector<Piece> piecesWithin(const std::vector<Ref<OrvaneRecording>>& recordi
 
 bool joins(const TimelineBlock& block, const Piece& piece) {
     if (piece.from - block.to > finest / 2) return false;
-    const bool sameTitle = block.titles.size() == 1 && block.titles.contains(piece.title);
-    return sameTitle || block.to - block.from < finest || piece.to - piece.from < finest;
+    const auto longest =
+        std::max_element(block.titles.begin(), block.titles.end(),
+                         [](const auto& left, const auto& right) { return left.second < right.second; });
+    return longest->first == piece.title || block.to - block.from < finest || piece.to - piece.from < finest;
 }
 
 std::vector<TimelineBlock> blocksOf(const std::vector<Piece>& pieces) {

@@ -13,7 +13,7 @@
 namespace orvane::host {
 
 /// A stretch of one application, or of idleness. Recordings that follow closely on one another share one
-/// when they have the same title, or are too short to be seen each for itself.
+/// when they have the title that prevails in it, or are too short to be seen each for itself.
 struct TimelineBlock {
     Date from;
     Date to;

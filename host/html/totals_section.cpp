@@ -77,13 +77,14 @@ void addTitles(Markup& page, const RangeItem& application) {
     const ItemPaint paint = paintOf(application);
     page.html("<details><summary><i class=\"swatch ").html(paint.classes).html("\" style=\"");
     page.html(paint.style).html("\"></i> <bdi>").text(name).html("</bdi> ");
-    page.duration(application.duration(), hoursText(application.duration()));
+    const DecimalSeconds whole = application.duration();
+    page.duration(whole, hoursText(whole));
     page.html("</summary>\n<table class=list><caption>");
     page.html("Windows of <bdi>").text(name).html("</bdi></caption>\n<thead><tr><th scope=col>Window</th>");
     page.html("<th scope=col class=num>Time</th><th scope=col class=num>Share</th></tr></thead>\n<tbody>\n");
     const auto addRow = [&](DecimalSeconds duration) {
         page.html("</td><td class=num>").duration(duration, hoursText(duration)).html("</td><td class=num>");
-        page.text(shareText(duration, application.duration())).html("</td></tr>\n");
+        page.text(shareText(duration, whole)).html("</td></tr>\n");
     };
     const std::size_t shown = std::min(windows.size(), mostTitles);
     for (std::size_t i = 0; i < shown; ++i) {
