@@ -15,7 +15,7 @@ const char* const pageStyle = R"css(
   :root {
     --page: #15181c; --raised: #1d2126; --ink: #e8ebee; --soft: #a3adb8; --line: #2f353c; --edge: #7f8a96;
     --plain: #87919c; --accent: #8fb4ff; --tip: #e8ebee; --tip-ink: #15181c; --tip-soft: #414b56;
-    --hatch: #444d57; --band: #1b1f24;
+    --hatch: #444d57; --band: #1f242a;
     --h0: #20252b; --h1: #1c3053; --h2: #21437c; --h3: #2c5caa; --h4: #3d70c4; --h5: #7aa5ea; --h6: #b3cffa;
     --h-low: #ffffff; --h-high: #0d1420;
   }
@@ -91,7 +91,7 @@ li.late > .tip { left: auto; right: 0; }
 .tip > span { grid-column: 1 / -1; color: var(--tip-soft); }
 
 /* Tables */
-.scroll { overflow-x: auto; }
+.scroll { overflow-x: auto; padding: 0 4px; margin: 0 -4px; }
 table { border-collapse: collapse; width: 100%; }
 caption { text-align: left; color: var(--soft); font-size: 0.87rem; padding-bottom: 0.75rem; }
 th, td { padding: 0.375rem 0.75rem; text-align: left; font-weight: 400; vertical-align: top; }
@@ -130,6 +130,7 @@ details > table, details > .scroll { margin: 0.5rem 0 1.5rem; }
 
 /* Heat map */
 .heat { table-layout: fixed; min-width: 56rem; margin-top: 0.25rem; border-collapse: separate; border-spacing: 2px; margin-inline: -2px; }
+.heat tr:focus-visible { outline-offset: 0; }
 .heat th, .heat td { padding: 0; height: 1.6rem; vertical-align: middle; }
 .heat thead th { text-align: center; font-size: 0.8rem; }
 .heat thead th:first-child { width: 11.5rem; text-align: left; }
