@@ -21,7 +21,9 @@ OutlineWindow::OutlineWindow(GtkApplication* application, Orvane& tracker, bool 
       prints_(prints) {
     GtkTreeListModel* tree = gtk_tree_list_model_new(G_LIST_MODEL(g_object_ref(nodes_)), FALSE, TRUE,
                                                      childrenOf, nullptr, nullptr);
-    outline_ = gtk_column_view_new(GTK_SELECTION_MODEL(gtk_single_selection_new(G_LIST_MODEL(tree))));
+    GtkSingleSelection* selection = gtk_single_selection_new(G_LIST_MODEL(tree));
+    gtk_single_selection_set_autoselect(selection, FALSE);
+    outline_ = gtk_column_view_new(GTK_SELECTION_MODEL(selection));
     for (GtkColumnViewColumn* column :
          {outline_name_column(), outline_bar_column(), outline_duration_column()}) {
         gtk_column_view_append_column(GTK_COLUMN_VIEW(outline_), column);

@@ -19,7 +19,7 @@ std::string sourceExpression(const std::string& script) {
     g_checksum_get_digest(checksum, digest, &length);
     g_checksum_free(checksum);
     gchar* const encoded = g_base64_encode(digest, length);
-    const std::string expression = "'sha256-" + std::string(encoded) + "'";
+    std::string expression = "'sha256-" + std::string(encoded) + "'";
     g_free(encoded);
     return expression;
 }

@@ -67,7 +67,7 @@ class Outline:
 
 class GtkOutline(unittest.TestCase):
     def setUp(self):
-        self.screen = Screen()
+        self.screen = Screen(560, 420)  # the window's size
         self.addCleanup(self.screen.close)
         self.folder = pathlib.Path(tempfile.mkdtemp())
 

@@ -8,7 +8,7 @@ import zlib
 
 
 class Screen:
-    def __init__(self, width=640, height=480):
+    def __init__(self, width, height):
         self.folder = pathlib.Path(tempfile.mkdtemp())
         # Told a descriptor, the server writes its display number there once it is ready.
         self.server = subprocess.Popen(

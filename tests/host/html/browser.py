@@ -44,8 +44,13 @@ class Browser:
             self.call(f"{domain}.enable")
 
     def close(self):
-        self.process.kill()
-        self.process.wait()
+        self.session = None
+        try:
+            self.call("Browser.close")  # its helpers end with it
+            self.process.wait(DEADLINE)
+        except (OSError, RuntimeError, subprocess.TimeoutExpired):
+            self.process.kill()
+            self.process.wait()
         os.close(self.output)
         os.close(self.input)
         shutil.rmtree(self.profile, ignore_errors=True)
