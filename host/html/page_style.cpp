@@ -138,6 +138,9 @@ details > table, details > .scroll { margin: 0.5rem 0 1.5rem; }
 .heat th[scope=row] { white-space: nowrap; }
 .heat .weekend th { color: var(--soft); }
 .heat .monday:not(:first-child) > * { border-top: 6px solid transparent; background-clip: padding-box; height: calc(1.6rem + 6px); }
+.heat tbody .monday:not(:first-child) > td:not(.num) { border-radius: 3px / 9px 9px 3px 3px; }
+.heat caption, .heat th:first-child { padding-left: 2px; }
+.heat tr > :last-child { padding-right: 2px; }
 .heat tbody td:not(.num) { background-color: var(--b, var(--h0)); border-radius: 3px; text-align: center; font-size: 0.75rem; forced-color-adjust: none; }
 .heat tbody td data { opacity: 0; }
 .heat tbody .num data, .heat tr:hover data, .heat tr:focus-visible data { opacity: 1; }
