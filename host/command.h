@@ -34,9 +34,11 @@ struct ReportOptions {
     std::string range = "today";
     bool windows = false;  ///< the titles behind each application too
     bool csv = false;
+    /// File that a page is written to, instead of printing.
+    std::optional<std::filesystem::path> html;
 };
 
-/// Prints where the time of a range went.
+/// Prints where the time of a range went, or writes a page of it.
 int runReport(const ReportOptions& options);
 /// Prints the presence of each day of a range up to now.
 int runPresence(const std::string& range, const CommonOptions& options);

@@ -79,7 +79,10 @@ class CommandLine {
         report->add_option("RANGE", report_.range,
                            "today (the default), yesterday, week, month, year, all, 2026-03-02, FROM..TO");
         report->add_flag("--windows", report_.windows, "List the windows behind each application");
-        report->add_flag("--csv", report_.csv, "Print comma-separated values");
+        CLI::Option* csv = report->add_flag("--csv", report_.csv, "Print comma-separated values");
+        report->add_option("--html", report_.html, "Write a page for a browser, instead of printing")
+            ->type_name("FILE")
+            ->excludes(csv, report->get_option("--json"));
     }
 
     void addPresence() {

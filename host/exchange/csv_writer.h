@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "host/exchange/exchange_writer.h"
-#include "host/exchange/output_file.h"
+#include "host/output_file.h"
 
 namespace orvane::host {
 

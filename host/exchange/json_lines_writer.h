@@ -3,7 +3,7 @@
 #include <cstddef>
 
 #include "host/exchange/exchange_writer.h"
-#include "host/exchange/output_file.h"
+#include "host/output_file.h"
 
 namespace orvane::host {
 

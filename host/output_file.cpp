@@ -1,4 +1,4 @@
-#include "host/exchange/output_file.h"
+#include "host/output_file.h"
 
 #include <fcntl.h>
 #include <stdio.h>
