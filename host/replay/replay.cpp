@@ -63,7 +63,7 @@ int runReplay(std::istream& trace, std::ostream& output, std::ostream& errors, c
         return replayFailed;
     }
     ReplaySession session(std::get<TraceHeader>(first), output, folder.path(), options.resourceFolder);
-    if (folder.isTemporary()) session.doNotSyncToDisk();
+    if (folder.isTemporary()) session.keepStoreInMemory();
     session.begin();
     while (true) {
         const auto next = reader.next();

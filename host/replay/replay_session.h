@@ -25,8 +25,9 @@ class ReplaySession {
     ReplaySession(const ReplaySession&) = delete;
     ReplaySession& operator=(const ReplaySession&) = delete;
 
-    /// What is stored will not outlive the run, so it need not survive a loss of power. Call before `begin`.
-    void doNotSyncToDisk() { platform_->fileManager().failingFileSystem().setSyncsToDisk(false); }
+    /// What is stored in the support folder will not outlive the run and need not reach the disk. Call before
+    /// `begin`.
+    void keepStoreInMemory() { platform_->fileManager().failingFileSystem().keepInMemory(supportFolder_); }
 
     /// Does what the header asks for at the very start.
     void begin();

@@ -10,32 +10,60 @@ namespace {
 constexpr std::size_t deepestLevel = 200;
 constexpr double longestTime = 1e12;
 
-// Refuses what the parser itself would let pass while it builds the value.
-class Watcher {
+/// Builds a value from what the parser tells, and refuses what the library's own builder would let pass.
+class Builder : public nlohmann::json_sax<Json> {
   public:
-    bool operator()(int, Json::parse_event_t event, Json& parsed) {
-        switch (event) {
-            case Json::parse_event_t::object_start:
-            case Json::parse_event_t::array_start:
-                keys_.emplace_back();
-                if (keys_.size() > deepestLevel) throw TraceProblem("nested too deeply");
-                break;
-            case Json::parse_event_t::object_end:
-            case Json::parse_event_t::array_end:
-                keys_.pop_back();
-                break;
-            case Json::parse_event_t::key:
-                if (!keys_.back().insert(parsed.get_ref<const std::string&>()).second)
-                    throw TraceProblem("key " + parsed.dump() + " stands twice");
-                break;
-            case Json::parse_event_t::value:
-                break;
-        }
+    Json result() { return std::move(root_); }
+
+    bool null() override { return add(nullptr); }
+    bool boolean(bool value) override { return add(value); }
+    bool number_integer(number_integer_t value) override { return add(value); }
+    bool number_unsigned(number_unsigned_t value) override { return add(value); }
+    bool number_float(number_float_t value, const string_t&) override { return add(value); }
+    bool string(string_t& value) override { return add(std::move(value)); }
+    bool binary(binary_t&) override { return false; }
+    bool start_object(std::size_t) override { return open(Json::object()); }
+    bool start_array(std::size_t) override { return open(Json::array()); }
+    bool end_object() override { return close(); }
+    bool end_array() override { return close(); }
+    bool key(string_t& key) override {
+        if (open_.back()->contains(key)) throw TraceProblem("key " + Json(key).dump() + " stands twice");
+        member_ = &(*open_.back())[std::move(key)];
         return true;
+    }
+    bool parse_error(std::size_t, const std::string&, const Json::exception& error) override {
+        // The library's own prefix ("[json.exception.parse_error.101] ") tells a user nothing.
+        std::string problem = error.what();
+        if (const auto end = problem.find("] "); problem.starts_with('[') && end != std::string::npos)
+            problem.erase(0, end + 2);
+        throw TraceProblem("no JSON: " + problem);
     }
 
   private:
-    std::vector<std::set<std::string>> keys_;
+    /// Puts the value where the next one belongs; the place stays valid while the value is open.
+    Json& put(Json value) {
+        if (open_.empty()) return root_ = std::move(value);
+        if (open_.back()->is_object()) return *member_ = std::move(value);
+        open_.back()->push_back(std::move(value));
+        return open_.back()->back();
+    }
+    bool add(Json value) {
+        put(std::move(value));
+        return true;
+    }
+    bool open(Json value) {
+        if (open_.size() == deepestLevel) throw TraceProblem("nested too deeply");
+        open_.push_back(&put(std::move(value)));
+        return true;
+    }
+    bool close() {
+        open_.pop_back();
+        return true;
+    }
+
+    Json root_;
+    std::vector<Json*> open_;
+    Json* member_ = nullptr;
 };
 
 Value valueOf(const Json& json) {
@@ -71,15 +99,9 @@ Value valueOf(const Json& json) {
 }  // namespace
 
 Json parseJson(std::string_view text) {
-    try {
-        return Json::parse(text, Watcher());
-    } catch (const Json::exception& error) {
-        // The library's own prefix ("[json.exception.parse_error.101] ") tells a user nothing.
-        std::string problem = error.what();
-        if (const auto end = problem.find("] "); problem.starts_with('[') && end != std::string::npos)
-            problem.erase(0, end + 2);
-        throw TraceProblem("no JSON: " + problem);
-    }
+    Builder builder;
+    Json::sax_parse(text, &builder);
+    return builder.result();
 }
 
 void Member::fail(std::string_view problem) const {

@@ -30,8 +30,6 @@ class FailingFileSystem::Shim : public FileSystemShim {
         return SQLITE_OK;
     }
 
-    bool syncsToDisk() override { return owner_.syncsToDisk_; }
-
     void opened(FileKind kind, const std::string& path) override {
         if (kind != FileKind::database) return;
         const std::lock_guard lock(mutex_);
@@ -62,5 +60,7 @@ FailingFileSystem::FailingFileSystem() : shim_(std::make_unique<Shim>(*this)) {}
 FailingFileSystem::~FailingFileSystem() = default;
 
 const std::string& FailingFileSystem::name() const { return shim_->name(); }
+
+void FailingFileSystem::keepInMemory(const std::string& folder) { shim_->keepInMemory(folder); }
 
 }  // namespace orvane

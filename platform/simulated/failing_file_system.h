@@ -30,9 +30,9 @@ class ORVANE_EXPORT FailingFileSystem {
     /// Writing to databases fails, and so does everything else that changes their files.
     void setWritesFail(bool fails) { writesFail_ = fails; }
 
-    /// Whether what is written is forced out to the disk (as it is at first). Without, a loss of power may
-    /// damage the file, and nothing else does: good for files that do not outlive the program.
-    void setSyncsToDisk(bool syncs) { syncsToDisk_ = syncs; }
+    /// Keeps the databases in the folder in memory instead of on the disk: good for files that do not outlive
+    /// the program. Call before any is opened; once.
+    void keepInMemory(const std::string& folder);
 
     bool openFails() const { return openFails_; }
     bool readsFail() const { return readsFail_; }
@@ -44,7 +44,6 @@ class ORVANE_EXPORT FailingFileSystem {
     std::atomic<bool> openFails_ = false;
     std::atomic<bool> readsFail_ = false;
     std::atomic<bool> writesFail_ = false;
-    std::atomic<bool> syncsToDisk_ = true;
     std::unique_ptr<Shim> shim_;
 };
 

@@ -1,5 +1,6 @@
 #include "platform/simulated/file_system_shim.h"
 
+#include <algorithm>
 #include <atomic>
 #include <new>
 #include <optional>
@@ -59,8 +60,7 @@ struct FileSystemShim::Calls {
     }
     static int sync(sqlite3_file* file, int flags) {
         const int refused = ask(file, {.operation = FileOperation::sync, .kind = {}, .path = {}});
-        if (refused || !ours(file).shim->syncsToDisk()) return refused;
-        return usual(file)->pMethods->xSync(usual(file), flags);
+        return refused ? refused : usual(file)->pMethods->xSync(usual(file), flags);
     }
     static int fileSize(sqlite3_file* file, sqlite3_int64* size) {
         return usual(file)->pMethods->xFileSize(usual(file), size);
@@ -112,7 +112,13 @@ struct FileSystemShim::Calls {
             if (refused) return refused;
         }
         File* f = new (file) File{{nullptr}, &self, kind, name ? name : ""};
-        const int result = self.usual_->xOpen(self.usual_, name, f->usual(), flags, outFlags);
+        sqlite3_vfs* below = self.below(f->path);
+        // What is on the disk is in memory too: the library makes the empty file of a new database itself.
+        int exists = 0;
+        if (below != self.usual_ && kind == FileKind::database)
+            self.usual_->xAccess(self.usual_, name, SQLITE_ACCESS_READWRITE, &exists);
+        if (exists) flags |= SQLITE_OPEN_CREATE;
+        const int result = below->xOpen(below, name, f->usual(), flags, outFlags);
         if (result != SQLITE_OK) {
             if (f->usual()->pMethods) f->usual()->pMethods->xClose(f->usual());
             f->~File();
@@ -129,7 +135,12 @@ struct FileSystemShim::Calls {
         const int refused =
             self.judge({.operation = FileOperation::remove, .kind = FileKind::journal, .path = name});
         if (refused) return refused;
-        return self.usual_->xDelete(self.usual_, name, self.syncsToDisk() ? syncFolder : 0);
+        sqlite3_vfs* below = self.below(name);
+        return below->xDelete(below, name, syncFolder);
+    }
+    static int access(sqlite3_vfs* vfs, const char* name, int flags, int* result) {
+        sqlite3_vfs* below = shim(vfs).below(name);
+        return below->xAccess(below, name, flags, result);
     }
 
     // The rest of a VFS needs the usual one as its first argument.
@@ -175,13 +186,13 @@ FileSystemShim::FileSystemShim() : usual_(nullptr), vfs_{} {
     usual_ = sqlite3_vfs_find(nullptr);
     vfs_ = *usual_;
     vfs_.iVersion = 2;
-    vfs_.szOsFile = static_cast<int>(File::size()) + usual_->szOsFile;
+    vfs_.szOsFile = static_cast<int>(File::size()) + std::max(usual_->szOsFile, MemoryFileSystem::fileSize());
     vfs_.pNext = nullptr;
     vfs_.zName = name_.c_str();
     vfs_.pAppData = this;
     vfs_.xOpen = Calls::open;
     vfs_.xDelete = Calls::remove;
-    vfs_.xAccess = Calls::pass<&sqlite3_vfs::xAccess, const char*, int, int*>;
+    vfs_.xAccess = Calls::access;
     vfs_.xFullPathname = Calls::pass<&sqlite3_vfs::xFullPathname, const char*, int, char*>;
     vfs_.xDlOpen = Calls::pass<&sqlite3_vfs::xDlOpen, const char*>;
     vfs_.xDlError = Calls::pass<&sqlite3_vfs::xDlError, int, char*>;
@@ -196,5 +207,14 @@ FileSystemShim::FileSystemShim() : usual_(nullptr), vfs_{} {
 }
 
 FileSystemShim::~FileSystemShim() { sqlite3_vfs_unregister(&vfs_); }
+
+void FileSystemShim::keepInMemory(const std::string& folder) {
+    memory_ = std::make_unique<MemoryFileSystem>();
+    memoryFolder_ = folder.ends_with('/') ? folder : folder + '/';
+}
+
+sqlite3_vfs* FileSystemShim::below(std::string_view path) const {
+    return memory_ && path.starts_with(memoryFolder_) ? memory_->vfs() : usual_;
+}
 
 }  // namespace orvane

@@ -3,11 +3,13 @@
 #include <sqlite3.h>
 
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
 
 #include "foundation/internal.h"
+#include "platform/simulated/memory_file_system.h"
 
 namespace orvane {
 
@@ -26,8 +28,8 @@ struct FileRequest {
     std::span<const std::uint8_t> bytes = {};  ///< write
 };
 
-/// An SQLite file system (VFS) that passes everything on to the usual one after asking `judge`. Temporary
-/// files, locks and everything that is no file are passed on unasked.
+/// An SQLite file system (VFS) that passes everything on to the usual one, or to one in memory, after asking
+/// `judge`. Temporary files, locks and everything that is no file are passed on unasked.
 class FileSystemShim {
   public:
     FileSystemShim();
@@ -37,11 +39,13 @@ class FileSystemShim {
 
     const std::string& name() const { return name_; }
 
+    /// Keeps what lies in the folder in memory instead of on the disk, where at most an empty file stands for
+    /// it. Call before anything is opened; once.
+    void keepInMemory(const std::string& folder);
+
   protected:
     /// SQLITE_OK lets it happen; any other result code is what SQLite is told instead. Any thread.
     virtual int judge(const FileRequest& request) = 0;
-    /// Whether a sync that was let happen reaches the disk, or only passes for done. Any thread.
-    virtual bool syncsToDisk() { return true; }
     /// Told after a database or journal was opened, and before it is closed. Any thread.
     virtual void opened(FileKind, const std::string&) {}
     virtual void closed(FileKind, const std::string&) {}
@@ -50,8 +54,13 @@ class FileSystemShim {
     struct File;
     struct Calls;
 
+    /// The file system that the path's file lies in.
+    sqlite3_vfs* below(std::string_view path) const;
+
     std::string name_;
     sqlite3_vfs* usual_;
+    std::unique_ptr<MemoryFileSystem> memory_;
+    std::string memoryFolder_;  // ends with a slash
     sqlite3_vfs vfs_;
 };
 

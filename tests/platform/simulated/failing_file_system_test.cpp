@@ -15,11 +15,13 @@ struct Close {
 };
 using Database = std::unique_ptr<sqlite3, Close>;
 
-class FailingFiles : public testing::Test {
+/// On the disk, and in memory where the parameter is true.
+class FailingFiles : public testing::TestWithParam<bool> {
   protected:
     void SetUp() override {
         std::string pattern = std::filesystem::temp_directory_path() / "orvane-disk-XXXXXX";
         folder_ = mkdtemp(pattern.data());
+        if (GetParam()) disk_.keepInMemory(folder_);
     }
     void TearDown() override { std::filesystem::remove_all(folder_); }
 
@@ -53,7 +55,7 @@ class FailingFiles : public testing::Test {
     FailingFileSystem disk_;
 };
 
-TEST_F(FailingFiles, OpeningFailsWhileAnyOfTheThreeDoes) {
+TEST_P(FailingFiles, OpeningFailsWhileAnyOfTheThreeDoes) {
     filled();
     for (const auto set : {&FailingFileSystem::setOpenFails, &FailingFileSystem::setReadsFail,
                            &FailingFileSystem::setWritesFail}) {
@@ -66,7 +68,7 @@ TEST_F(FailingFiles, OpeningFailsWhileAnyOfTheThreeDoes) {
     }
 }
 
-TEST_F(FailingFiles, AnOpenDatabaseStaysOpen) {
+TEST_P(FailingFiles, AnOpenDatabaseStaysOpen) {
     const Database database = filled();
     disk_.setOpenFails(true);
     EXPECT_EQ(rows(database), 2);
@@ -74,7 +76,7 @@ TEST_F(FailingFiles, AnOpenDatabaseStaysOpen) {
     EXPECT_EQ(rows(open()), 3);
 }
 
-TEST_F(FailingFiles, FailingReadsFailEveryAnswerAndEverySave) {
+TEST_P(FailingFiles, FailingReadsFailEveryAnswerAndEverySave) {
     const Database database = filled();
     EXPECT_EQ(rows(database), 2);
     disk_.setReadsFail(true);
@@ -86,7 +88,7 @@ TEST_F(FailingFiles, FailingReadsFailEveryAnswerAndEverySave) {
     EXPECT_EQ(run(database, "INSERT INTO t VALUES (3)"), SQLITE_OK);
 }
 
-TEST_F(FailingFiles, FailingWritesLeaveTheFileAsItWasAndReadable) {
+TEST_P(FailingFiles, FailingWritesLeaveTheFileAsItWasAndReadable) {
     const Database database = filled();
     disk_.setWritesFail(true);
     for (int attempt = 0; attempt < 2; ++attempt) {
@@ -99,7 +101,7 @@ TEST_F(FailingFiles, FailingWritesLeaveTheFileAsItWasAndReadable) {
     EXPECT_EQ(rows(database), 3);
 }
 
-TEST_F(FailingFiles, ADiskThatFillsUpInsideATransactionCanBeRolledBack) {
+TEST_P(FailingFiles, ADiskThatFillsUpInsideATransactionCanBeRolledBack) {
     const Database database = filled();
     ASSERT_EQ(run(database, "BEGIN IMMEDIATE; INSERT INTO t VALUES (3)"), SQLITE_OK);
     disk_.setWritesFail(true);
@@ -110,7 +112,7 @@ TEST_F(FailingFiles, ADiskThatFillsUpInsideATransactionCanBeRolledBack) {
     EXPECT_EQ(rows(open()), 2);
 }
 
-TEST_F(FailingFiles, EachIsRegisteredUnderItsOwnName) {
+TEST_P(FailingFiles, EachIsRegisteredUnderItsOwnName) {
     std::string name;
     {
         FailingFileSystem other;
@@ -122,6 +124,43 @@ TEST_F(FailingFiles, EachIsRegisteredUnderItsOwnName) {
     }
     EXPECT_EQ(sqlite3_vfs_find(name.c_str()), nullptr);
 }
+
+TEST_P(FailingFiles, OneConnectionWritesAtATime) {
+    const Database writer = filled();
+    const Database other = open();
+    ASSERT_EQ(run(writer, "BEGIN IMMEDIATE; INSERT INTO t VALUES (3)"), SQLITE_OK);
+    EXPECT_EQ(rows(other), 2);
+    EXPECT_EQ(run(other, "BEGIN IMMEDIATE"), SQLITE_BUSY);
+
+    // A reader in the middle of its rows holds the writer up, and the writer new readers.
+    ASSERT_EQ(run(other, "BEGIN; SELECT * FROM t"), SQLITE_OK);
+    EXPECT_EQ(run(writer, "COMMIT"), SQLITE_BUSY);
+    EXPECT_EQ(rows(open()), -SQLITE_BUSY);
+    ASSERT_EQ(run(other, "COMMIT"), SQLITE_OK);
+    EXPECT_EQ(run(writer, "COMMIT"), SQLITE_OK);
+    EXPECT_EQ(rows(other), 3);
+    EXPECT_EQ(rows(open()), 3);
+}
+
+TEST_P(FailingFiles, GrowsAndShrinks) {
+    const Database database = open();
+    ASSERT_EQ(run(database, "CREATE TABLE t (x); BEGIN"), SQLITE_OK);
+    for (int row = 0; row < 40; ++row)
+        ASSERT_EQ(run(database, "INSERT INTO t VALUES (randomblob(100000))"), SQLITE_OK);
+    ASSERT_EQ(run(database, "COMMIT; DELETE FROM t WHERE rowid % 2; VACUUM; INSERT INTO t VALUES (1)"),
+              SQLITE_OK);
+    EXPECT_EQ(rows(open()), 21);
+    EXPECT_EQ(run(database, "PRAGMA integrity_check"), SQLITE_OK);
+}
+
+TEST_P(FailingFiles, LieWhereTheyShould) {
+    filled();
+    EXPECT_EQ(std::filesystem::exists(folder_ / "test.db"), !GetParam());
+    EXPECT_EQ(rows(open()), 2);
+}
+
+INSTANTIATE_TEST_SUITE_P(OnDiskAndInMemory, FailingFiles, testing::Bool(),
+                         [](const auto& inMemory) { return inMemory.param ? "InMemory" : "OnDisk"; });
 
 }  // namespace
 }  // namespace orvane
