@@ -89,6 +89,7 @@ class LibraryPoll {
         endDate_ += std::chrono::duration<double>(pollInterval);
         UndoManager* undoManager = store_.context().undoManager();
         if (undoManager) undoManager->disableUndoRegistration();
+        const WriteScope scope(store_.context());
         const Ref<OrvaneApp> application = store_.application(identifier_);
         if (!application) throw std::runtime_error("the application was not found");
         recording_->setEndDate(endDate_);

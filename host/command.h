@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace orvane::host {
 
@@ -33,11 +34,45 @@ struct ReportOptions {
     std::string range = "today";
     bool windows = false;  ///< the titles behind each application too
     bool csv = false;
+    /// File that a page is written to, instead of printing.
+    std::optional<std::filesystem::path> html;
 };
 
-/// Prints where the time of a range went.
+/// Prints where the time of a range went, or writes a page of it.
 int runReport(const ReportOptions& options);
 /// Prints the presence of each day of a range up to now.
 int runPresence(const std::string& range, const CommonOptions& options);
+
+/// Lists the groups with their applications and their total time.
+int runGroups(const CommonOptions& options);
+/// Groups and applications are named by identifier or by name, the name in either case.
+int runAddGroup(const std::string& name, const std::optional<std::string>& color,
+                const CommonOptions& options);
+int runRenameGroup(const std::string& group, const std::string& newName, const CommonOptions& options);
+int runColorGroup(const std::string& group, const std::string& color, const CommonOptions& options);
+int runRemoveGroup(const std::string& group, const CommonOptions& options);
+int runAssign(const std::string& group, const std::vector<std::string>& applications,
+              const CommonOptions& options);
+int runUnassign(const std::vector<std::string>& applications, const CommonOptions& options);
+
+struct ExportOptions {
+    CommonOptions common;
+    std::string range = "all";
+    std::optional<std::string> format;            ///< goes by the file's name when absent
+    std::optional<std::filesystem::path> output;  ///< standard output when absent
+    bool force = false;                           ///< an existing file may be overwritten
+};
+
+/// Writes what the store holds to a file.
+int runExport(const ExportOptions& options);
+
+struct ImportOptions {
+    CommonOptions common;
+    std::filesystem::path file;
+    std::optional<std::string> format;  ///< goes by the file's name when absent
+};
+
+/// Puts what a file holds into the store, all or nothing.
+int runImport(const ImportOptions& options);
 
 }  // namespace orvane::host

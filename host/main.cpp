@@ -32,6 +32,9 @@ class CommandLine {
         addApps();
         addReport();
         addPresence();
+        addGroups();
+        addExport();
+        addImport();
         addCommon("doctor", "Tell what of the desktop is missing, and what to do about it",
                   [this] { return orvane::host::runDoctor(options_); });
         addReplay();
@@ -58,8 +61,9 @@ class CommandLine {
         return orvane::host::exitUsage;
     }
 
-    CLI::App* addCommon(const char* name, const char* description, std::function<int()> run) {
-        CLI::App* command = app_.add_subcommand(name, description);
+    CLI::App* addCommon(const char* name, const char* description, std::function<int()> run,
+                        CLI::App* parent = nullptr) {
+        CLI::App* command = (parent ? parent : &app_)->add_subcommand(name, description);
         command->footer(exitStatusText);
         command->add_flag("--json", options_.json, "Print JSON for programs");
         addStore(command);
@@ -83,15 +87,11 @@ class CommandLine {
         CLI::App* apps = addCommon("apps", "List the applications with their total time",
                                    [this] { return orvane::host::runApps(options_); });
         const auto add = [&](const char* name, const char* description, bool disabled) {
-            CLI::App* command = apps->add_subcommand(name, description);
-            command->add_option("ID", identifier_, "The application's identifier")->required();
-            command->add_flag("--json", options_.json, "Print JSON for programs");
-            addStore(command);
-            command->callback([this, disabled] {
-                choose([this, disabled] {
-                    return orvane::host::runDisableApp(identifier_, disabled, options_);
-                });
-            });
+            addCommon(
+                name, description,
+                [this, disabled] { return orvane::host::runDisableApp(name_, disabled, options_); }, apps)
+                ->add_option("ID", name_, "The application's identifier")
+                ->required();
         };
         add("disable", "Record an application no more", true);
         add("enable", "Record an application again", false);
@@ -105,13 +105,75 @@ class CommandLine {
         report->add_option("RANGE", report_.range,
                            "today (the default), yesterday, week, month, year, all, 2026-03-02, FROM..TO");
         report->add_flag("--windows", report_.windows, "List the windows behind each application");
-        report->add_flag("--csv", report_.csv, "Print comma-separated values");
+        CLI::Option* csv = report->add_flag("--csv", report_.csv, "Print comma-separated values");
+        report->add_option("--html", report_.html, "Write a page for a browser, instead of printing")
+            ->type_name("FILE")
+            ->excludes(csv, report->get_option("--json"));
     }
 
     void addPresence() {
         CLI::App* presence = addCommon("presence", "Tell when each day began and ended",
                                        [this] { return orvane::host::runPresence(range_, options_); });
         presence->add_option("RANGE", range_, "As for report; today when left out");
+    }
+
+    void addGroups() {
+        CLI::App* groups = addCommon("groups", "List the groups with their applications and total time",
+                                     [this] { return orvane::host::runGroups(options_); });
+        CLI::App* add = addCommon(
+            "add", "Make a group", [this] { return orvane::host::runAddGroup(name_, color_, options_); },
+            groups);
+        add->add_option("NAME", name_, "The group's name")->required();
+        add->add_option("--color", color_, "Its colour, such as #3584e4")->type_name("COLOR");
+        CLI::App* rename = addCommon(
+            "rename", "Call a group otherwise",
+            [this] { return orvane::host::runRenameGroup(name_, newName_, options_); }, groups);
+        addGroupOption(rename);
+        rename->add_option("NEW", newName_, "Its new name")->required();
+        CLI::App* color = addCommon(
+            "color", "Give a group a colour",
+            [this] { return orvane::host::runColorGroup(name_, *color_, options_); }, groups);
+        addGroupOption(color);
+        color->add_option("COLOR", color_, "A colour, such as #3584e4")->required();
+        addGroupOption(addCommon(
+            "remove", "Remove a group; its applications stay, without a group",
+            [this] { return orvane::host::runRemoveGroup(name_, options_); }, groups));
+        CLI::App* assign = addCommon(
+            "assign", "Put applications into a group",
+            [this] { return orvane::host::runAssign(name_, applications_, options_); }, groups);
+        addGroupOption(assign);
+        CLI::App* unassign = addCommon(
+            "unassign", "Take applications out of their groups",
+            [this] { return orvane::host::runUnassign(applications_, options_); }, groups);
+        for (CLI::App* command : {assign, unassign})
+            command->add_option("APP", applications_, "Names or identifiers of applications")->required();
+    }
+
+    void addGroupOption(CLI::App* command) {
+        command->add_option("GROUP", name_, "The group's name or identifier")->required();
+    }
+
+    void addExport() {
+        CLI::App* command = addCommon("export", "Write what was recorded to a file", [this] {
+            export_.common = options_;
+            return orvane::host::runExport(export_);
+        });
+        command->add_option("RANGE", export_.range, "As for report; all when left out");
+        command->add_option("--format", export_.format, "jsonl (the default) or csv; goes by the file's name")
+            ->type_name("FORMAT");
+        command->add_option("--output", export_.output, "The file; standard output when left out")
+            ->type_name("FILE");
+        command->add_flag("--force", export_.force, "Overwrite the file if it exists");
+    }
+
+    void addImport() {
+        CLI::App* command = addCommon("import", "Put what a file holds into the store", [this] {
+            import_.common = options_;
+            return orvane::host::runImport(import_);
+        });
+        command->add_option("FILE", import_.file, "An export, or - for standard input")->required();
+        command->add_option("--format", import_.format, "jsonl, csv or buckets; goes by the file's name")
+            ->type_name("FORMAT");
     }
 
     void addReplay() {
@@ -136,7 +198,12 @@ class CommandLine {
     CommonOptions options_;
     orvane::host::ReportOptions report_;
     std::string range_ = "today";
-    std::string identifier_;
+    std::string name_;
+    std::string newName_;
+    std::optional<std::string> color_;
+    std::vector<std::string> applications_;
+    orvane::host::ExportOptions export_;
+    orvane::host::ImportOptions import_;
     std::string trace_;
     orvane::host::ReplayOptions replayOptions_;
     std::function<int()> run_;

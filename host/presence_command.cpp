@@ -1,27 +1,15 @@
-#include <ctime>
 #include <iostream>
 #include <nlohmann/json.hpp>
 
 #include "host/command.h"
 #include "host/date_range.h"
+#include "host/presence_texts.h"
 #include "host/reading_platform.h"
 #include "host/terminal.h"
 #include "reporting/orvane_presence.h"
 #include "util/day_boundaries.h"
 
 namespace orvane::host {
-
-namespace {
-
-/// Part of the local form of a date: characters of "2026-03-02 08:00".
-ValueTransformers::Transformer part(std::size_t start, std::size_t length) {
-    return [=](const Value& value) {
-        const Date* date = value.asDate();
-        return date ? localText(*date).substr(start, length) : std::string("-");
-    };
-}
-
-}  // namespace
 
 int runPresence(const std::string& rangeText, const CommonOptions& options) {
     constexpr std::chrono::duration<double> dayAndSome{36 * 3600};
@@ -35,9 +23,7 @@ int runPresence(const std::string& rangeText, const CommonOptions& options) {
         return exitUsage;
     }
     if (store.exists() && !store.context()) return exitFailure;
-    ValueTransformers& transformers = Platform::current().valueTransformers();
-    transformers.setValueTransformer(part(0, 10), shortDateTransformerName);
-    transformers.setValueTransformer(part(11, 5), shortTimeTransformerName);
+    usePresenceTexts();
 
     auto list = nlohmann::ordered_json::array();
     int days = 0;

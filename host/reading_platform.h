@@ -26,6 +26,8 @@ class OpenStore {
     bool exists() const { return exists_; }
     /// None when the database exists but cannot be opened; the reason was printed.
     ManagedObjectContext* context();
+    /// The same, but makes a database where there is none.
+    ManagedObjectContext* contextForWriting() { return tracker_.managedObjectContext(); }
     Orvane& tracker() { return tracker_; }
 
   private:

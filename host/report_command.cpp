@@ -1,14 +1,16 @@
-#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <iostream>
-#include <map>
 #include <nlohmann/json.hpp>
 
 #include "host/command.h"
 #include "host/date_range.h"
+#include "host/html/report_page.h"
+#include "host/output_file.h"
+#include "host/presence_texts.h"
 #include "host/reading_platform.h"
 #include "host/terminal.h"
+#include "host/window_use.h"
 #include "reporting/orvane_group_for_range.h"
 
 namespace orvane::host {
@@ -16,24 +18,6 @@ namespace orvane::host {
 namespace {
 
 using nlohmann::ordered_json;
-
-struct WindowUse {
-    std::string title;
-    DecimalSeconds duration{0};
-};
-
-/// The titles behind an application, longest first; one without a title counts as such.
-std::vector<WindowUse> windowsOf(const RangeItem& app) {
-    std::map<std::string, DecimalSeconds> byTitle;
-    for (const Ref<OrvaneRecording>& recording : app.recordings())
-        byTitle[std::string(recording->windowName().value_or(""))] += recording->duration();
-    std::vector<WindowUse> result;
-    for (const auto& [title, duration] : byTitle) result.push_back({title, duration});
-    std::stable_sort(result.begin(), result.end(), [](const WindowUse& left, const WindowUse& right) {
-        return left.duration > right.duration;
-    });
-    return result;
-}
 
 class Report {
   public:
@@ -152,20 +136,34 @@ class Report {
     DecimalSeconds total_{0};
 };
 
+int writePage(const ReportPageContent& content, const std::filesystem::path& file) {
+    OutputFile output(file, true);
+    output.write(reportPage(content));
+    if (output.finish()) return exitSuccess;
+    std::cerr << "orvane: " << output.problem() << '\n';
+    return exitFailure;
+}
+
 }  // namespace
 
 int runReport(const ReportOptions& options) {
     OpenStore store(options.common.store);
     std::string problem;
-    const auto range = parseDateRange(options.range, Platform::current().clock().now(), problem);
+    const Date now = Platform::current().clock().now();
+    const auto range = parseDateRange(options.range, now, problem);
     if (!range) {
         std::cerr << "orvane: " << problem << '\n';
         return exitUsage;
     }
-    if (store.exists() && !store.context()) return exitFailure;
-    const Report report(store.exists() ? store.tracker().itemsFromDate(range->from, range->to)
-                                       : std::vector<Ref<RangeItem>>(),
-                        options);
+    ManagedObjectContext* const context = store.context();
+    if (store.exists() && !context) return exitFailure;
+    auto items =
+        context ? store.tracker().itemsFromDate(range->from, range->to) : std::vector<Ref<RangeItem>>();
+    if (options.html) {
+        usePresenceTexts();
+        return writePage({std::move(items), *range, now, options.windows, context}, *options.html);
+    }
+    const Report report(std::move(items), options);
     if (options.common.json)
         report.printJson();
     else if (options.csv)

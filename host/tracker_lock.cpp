@@ -31,8 +31,8 @@ TrackerLock::TrackerLock(const std::filesystem::path& folder) {
     }
     if (::flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
         ::close(descriptor);
-        problem_ = "Another tracker records into \"" + folder.string() +
-                   "\" already. End it first, or choose another folder with --store.";
+        problem_ = "Another tracker, or an import, is writing to \"" + folder.string() +
+                   "\". End it first, or choose another folder with --store.";
         return;
     }
     descriptor_ = descriptor;

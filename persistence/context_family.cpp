@@ -89,7 +89,7 @@ void ContextState::applySnapshot(ManagedObject& object, const RowSnapshot& snaps
         }
     }
     object.reserved_ |= ManagedObject::stateLoaded;
-    object.reserved_ &= ~ManagedObject::stateRefreshed;
+    object.reserved_ &= ~(ManagedObject::stateRefreshed | ManagedObject::stateTextsLate);
 }
 
 bool ContextState::saveToParent() {

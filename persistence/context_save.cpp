@@ -123,8 +123,12 @@ bool ContextState::saveToStore(Error* error) {
     std::vector<NewKey> assigned;
     std::vector<Ref<ManagedObject>> vanished;
     const auto write = [&] {
-        sqlite::Transaction transaction(*file, error);
-        if (!transaction.begun() || !assignKeys(*file, assigned, error)) return false;
+        using sqlite::Transaction;
+        auto transaction = store()->takeTransaction();
+        if (transaction && !(transaction->kind() == Transaction::Kind::write && transaction->begun()))
+            transaction.reset();
+        if (!transaction) transaction = std::make_unique<Transaction>(*file, Transaction::Kind::write, error);
+        if (!transaction->begun() || !assignKeys(*file, assigned, error)) return false;
         for (const Ref<ManagedObject>& object : listed_) {
             if (!object->hasChanges()) continue;
             bool rowVanished = false;
@@ -133,7 +137,7 @@ bool ContextState::saveToStore(Error* error) {
         }
         std::unique_lock<std::mutex> lock;
         if (shared_) lock = std::unique_lock(shared_->mutex);
-        if (!transaction.commit(error)) return false;
+        if (!transaction->commit(error)) return false;
         finishSave(assigned, vanished);
         return true;
     };

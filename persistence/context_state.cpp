@@ -4,6 +4,7 @@
 
 #include "persistence/identifier_set.h"
 #include "persistence/persistence_errors.h"
+#include "persistence/text_batch.h"
 
 namespace orvane {
 
@@ -94,15 +95,20 @@ bool ContextState::fillFromFile(ManagedObject& object, Error* error) {
     const sqlite::EntityStatements& texts = statements(entityTable.entity().index);
 
     // Objects that came as members of a relationship are read one after the other: read the neighbours along.
-    std::unordered_map<std::int64_t, ManagedObject*> wanted{{object.key_, &object}};
+    std::vector<ManagedObject*> wanted{&object};  // by key, as the rows come
     std::int64_t last = object.key_;
-    if ((object.state() & ManagedObject::stateRefreshed) == 0 && !fromParent_) {
+    if ((object.state() & ManagedObject::stateRefreshed) == 0) {
+        std::unique_lock<std::mutex> lock;
+        if (fromParent_) lock = std::unique_lock(fromParent_->mutex);
+        const EntityChanges* unsaved =
+            fromParent_ ? &fromParent_->unsaved[entityTable.entity().index] : nullptr;
         for (ManagedObject* neighbour : entityTable.directory().neighbours(object.key_)) {
             if (neighbour->key_ >= object.key_ + faultBatch) break;
-            constexpr std::uint32_t notPlainFault =
-                ManagedObject::stateLoaded | ManagedObject::stateRefreshed;
-            if ((neighbour->state() & notPlainFault) != 0 || neighbour->changed_ != 0) continue;
-            wanted.emplace(neighbour->key_, neighbour);
+            if ((neighbour->state() & ManagedObject::stateRefreshed) != 0 || neighbour->changed_ != 0 ||
+                EntityTable::isFilled(*neighbour, RowPart::all) ||
+                (unsaved && unsaved->contains(neighbour->key_)))
+                continue;
+            if (neighbour != &object) wanted.push_back(neighbour);
             last = neighbour->key_;
         }
         const auto span = static_cast<std::size_t>(last - object.key_) + 1;
@@ -113,16 +119,21 @@ bool ContextState::fillFromFile(ManagedObject& object, Error* error) {
     const sqlite::StatementUse use(*statement);
     use->bind(1, object.key_);
     use->bind(2, last);
+    TextBatch batch(storage_->texts());
+    auto next = wanted.begin();
     int result;
     while ((result = use->step()) == SQLITE_ROW) {
-        const auto found = wanted.find(use->integer(0));
-        if (found != wanted.end()) entityTable.fill(*found->second, *use);
+        const std::int64_t key = use->integer(0);
+        while (next != wanted.end() && (*next)->key_ < key) ++next;
+        if (next != wanted.end() && (*next)->key_ == key) entityTable.fill(**next, *use, RowPart::all, batch);
     }
     if (result != SQLITE_DONE) {
         assignError(error, file->lastError());
         return false;
     }
-    if (object.state() & ManagedObject::stateLoaded) return true;
+    if (EntityTable::isFilled(object, RowPart::all)) return true;
+    // The texts went with the row.
+    object.reserved_ &= ~ManagedObject::stateTextsLate;
     assignError(error,
                 Error(persistenceErrorDomain, objectNotFoundError,
                       "The object " + identifierOf(object).URIRepresentation() + " no longer exists."));
@@ -130,7 +141,7 @@ bool ContextState::fillFromFile(ManagedObject& object, Error* error) {
 }
 
 void ContextState::turnIntoFault(ManagedObject& object, std::uint64_t kept) {
-    object.reserved_ &= ~ManagedObject::stateLoaded;
+    object.reserved_ &= ~(ManagedObject::stateLoaded | ManagedObject::stateTextsLate);
     object.table_->clearRow(object, kept);
 }
 

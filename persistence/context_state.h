@@ -18,9 +18,9 @@
 namespace orvane {
 
 /// What a context is made of. Its operations are spread over several files by subject: objects and identity
-/// (context_state.cpp), changes and relationships (context_changes.cpp), fetching (context_fetch.cpp),
-/// collection operators (context_aggregate.cpp), saving (context_save.cpp), parent and child
-/// (context_family.cpp).
+/// (context_state.cpp), changes and relationships (context_changes.cpp), fetching (context_fetch.cpp, and in
+/// children context_child_fetch.cpp), collection operators (context_aggregate.cpp), saving
+/// (context_save.cpp), parent and child (context_family.cpp).
 class ContextState {
   public:
     ContextState(ManagedObjectContext& owner, ConcurrencyType type);
@@ -93,7 +93,20 @@ class ContextState {
   private:
     std::optional<sqlite::CompiledQuery> compile(const FetchRequest& request,
                                                  const EntityDescription& entity);
+    /// `SELECT` with the part's columns and its table, which a condition may follow.
+    std::string columnSelect(std::size_t entityIndex, RowPart part);
+    bool mostAreAlive(const EntityTable& entityTable, sqlite::Database& file) const;
+    /// Answers from the keys alone, which an index often holds, and reads only the rows that are not alive.
+    std::optional<std::vector<Ref<ManagedObject>>> fetchAlive(const FetchRequest& request,
+                                                              const sqlite::CompiledQuery& query,
+                                                              EntityTable& entityTable,
+                                                              sqlite::Database& file, Error* error);
     std::optional<std::vector<Ref<ManagedObject>>> fetchAsChild(const FetchRequest& request, Error* error);
+    /// Keys of the entity's rows about which the file may not tell this child the truth: those with unsaved
+    /// changes in the parent or here, and those that the parent saved since the reader began. In the order
+    /// of their insertion.
+    std::vector<std::int64_t> changedMeanwhile(const ParentChanges::Reader& reader,
+                                               std::size_t entityIndex) const;
     void discard(ManagedObject& object);
     void unlist(ManagedObject& object);
     void undoOf(UndoManager::Action action);

@@ -11,6 +11,7 @@ std::string FetchRequest::description() const {
     result += ")";
     if (fetchLimit > 0) result += "; limit: " + std::to_string(fetchLimit);
     if (fetchOffset > 0) result += "; offset: " + std::to_string(fetchOffset);
+    if (textsWhenRead) result += "; texts when read";
     return result + ">";
 }
 

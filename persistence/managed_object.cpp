@@ -62,6 +62,7 @@ void ManagedObject::willAccessValueForKey(std::string_view) const { willRead(); 
 Value ManagedObject::primitiveValueForKey(std::string_view key) const {
     const auto property = entity().propertyIndex(key);
     if (!property) throw UnknownKeyError(keyTable().className(), key);
+    if (state() & stateTextsLate) willRead();
     return table_->slotValue(*this, *property);
 }
 

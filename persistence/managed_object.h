@@ -75,7 +75,10 @@ class ORVANE_EXPORT ManagedObject : public KeyedObject {
 
     template <class Slot>
     auto read(const Slot& slot) const {
-        willRead();
+        if constexpr (std::same_as<Slot, TextSlot>)
+            willRead();
+        else
+            willReadScalar();
         return slot.get();
     }
     template <class Slot, class V>
@@ -92,7 +95,7 @@ class ORVANE_EXPORT ManagedObject : public KeyedObject {
     }
     template <class T>
     Ref<T> readToOne(const ToOneSlot& slot) const {
-        willRead();
+        willReadScalar();
         return Ref<T>(static_cast<T*>(slot.get()));
     }
     void writeToOne(std::size_t property, ManagedObject* target);
@@ -126,11 +129,17 @@ class ORVANE_EXPORT ManagedObject : public KeyedObject {
         stateGone = 8,     ///< the deletion was saved, or the object was reset or never saved and discarded
         stateListed = 16,  ///< stands in its context's list of changed objects
         stateNew = 32,     ///< inserted within the present undo step
-        stateRefreshed = 64,  ///< turned back into a fault by the host: read only when it is asked for
+        stateRefreshed = 64,   ///< turned back into a fault by the host: read only when it is asked for
+        stateTextsLate = 128,  ///< loaded but for its texts, and without changes
     };
     std::uint32_t state() const { return reserved_; }
 
     void willRead() const {
+        if ((reserved_ & (stateLoaded | stateTextsLate)) != stateLoaded) [[unlikely]]
+            const_cast<ManagedObject*>(this)->fire();
+    }
+    /// For what is no text.
+    void willReadScalar() const {
         if ((reserved_ & stateLoaded) == 0) [[unlikely]]
             const_cast<ManagedObject*>(this)->fire();
     }

@@ -116,6 +116,17 @@ std::vector<Ref<ManagedObject>> ManagedObjectContext::deletedObjects() const {
 
 std::size_t ManagedObjectContext::registeredObjectCount() const { return state_->registeredObjectCount(); }
 
+StoreScope::StoreScope(ManagedObjectContext& context, bool forWriting) {
+    const auto& coordinator = context.persistentStoreCoordinator();
+    if (context.parentContext() || !coordinator || !coordinator->store()) return;
+    store_ = coordinator->store();
+    store_->beginAhead(forWriting ? sqlite::Transaction::Kind::write : sqlite::Transaction::Kind::read);
+}
+
+StoreScope::~StoreScope() {
+    if (store_) store_->takeTransaction();
+}
+
 void ManagedObjectContext::processPendingChanges() { state_->processPendingChanges(); }
 
 NotificationCenter& ManagedObjectContext::notificationCenter() { return state_->notificationCenter; }

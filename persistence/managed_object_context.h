@@ -17,6 +17,10 @@ namespace orvane {
 
 class ContextState;
 
+namespace sqlite {
+class Store;
+}
+
 /// Posted in a context's own notification centre, the context as sender. User info: lists of objects under
 /// the three keys below. The first tells of changes since the last such notice, and comes when
 /// `processPendingChanges`, a fetch or a save runs; the second comes after a save that succeeded and tells
@@ -127,6 +131,35 @@ class ORVANE_EXPORT ManagedObjectContext {
 
   private:
     std::unique_ptr<ContextState> state_;
+};
+
+/// Lets several operations of a context see the store's file in one state, and locks the file once for all of
+/// them. It ends with the first save at the latest. When the lock cannot be had everything works as without a
+/// scope, and scopes do nothing for a child context. Keep them short, since other programs wait. Use on the
+/// context's thread.
+class ORVANE_EXPORT StoreScope {
+  public:
+    StoreScope(const StoreScope&) = delete;
+    StoreScope& operator=(const StoreScope&) = delete;
+
+  protected:
+    StoreScope(ManagedObjectContext& context, bool forWriting);
+    ~StoreScope();
+
+  private:
+    std::shared_ptr<sqlite::Store> store_;
+};
+
+/// For fetches that belong together: no other program's save is seen between them.
+class ORVANE_EXPORT ReadScope : public StoreScope {
+  public:
+    explicit ReadScope(ManagedObjectContext& context) : StoreScope(context, false) {}
+};
+
+/// For a look-up and the save that depends on it: no other program writes in between.
+class ORVANE_EXPORT WriteScope : public StoreScope {
+  public:
+    explicit WriteScope(ManagedObjectContext& context) : StoreScope(context, true) {}
 };
 
 }  // namespace orvane

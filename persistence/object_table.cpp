@@ -142,6 +142,7 @@ EntityTable::EntityTable(ObjectStorage& storage, const EntityDescription& entity
         if (slots_[i].kind == SlotKind::toMany) continue;
         const std::size_t destination = slots_[i].kind == SlotKind::toOne ? destinationEntity(i) : 0;
         columns_.push_back({i, slots_[i].kind, slots_[i].offset, destination});
+        if (!columns_.back().isText()) scalarColumns_.push_back(columns_.back());
     }
 }
 

@@ -16,6 +16,7 @@ namespace orvane {
 
 class ContextState;
 class ObjectStorage;
+class TextBatch;
 
 namespace sqlite {
 class Statement;
@@ -36,12 +37,14 @@ class SlabAllocator {
   private:
     struct Slab;
     Slab* newSlab();
+    bool isInFirst(const void* cell) const;
 
     std::size_t cellSize_;
     std::size_t firstCell_;
-    std::size_t cellsPerSlab_;
     Slab* slabsWithRoom_ = nullptr;
+    Slab* first_ = nullptr;  ///< small, from the heap, and kept
     Slab* spare_ = nullptr;
+    Slab* lastMapped_ = nullptr;  ///< where memory was found last; perhaps given back since
 };
 
 /// The way from a row's key to its object: keys are dense, so objects stand in pages found by the key's upper
@@ -73,12 +76,17 @@ class ObjectDirectory {
     std::size_t size_ = 0;
 };
 
+/// Which values of a row are meant: texts and data can be left for later.
+enum class RowPart { all, withoutTexts };
+
 /// One stored property as rows are filled and written.
 struct StoredColumn {
     std::size_t property;
     SlotKind kind;
     std::size_t offset;
     std::size_t destination;  ///< entity index of a to-one relationship
+
+    bool isText() const { return kind == SlotKind::text || kind == SlotKind::data; }
 };
 
 /// The objects of one entity within one context.
@@ -136,9 +144,19 @@ class EntityTable {
     /// Empties every slot but those whose bit is set in `kept`.
     void clearRow(ManagedObject& object, std::uint64_t kept = 0);
 
-    /// Fills the object from the row a statement stands on (column 0 the key, then the stored properties in
-    /// order), but for properties with unsaved changes. The object is alive afterwards.
-    void fill(ManagedObject& object, const sqlite::Statement& row);
+    /// The properties of which `fill` wants the values.
+    const std::vector<StoredColumn>& columns(RowPart part) const {
+        return part == RowPart::all ? columns_ : scalarColumns_;
+    }
+    static bool isFilled(const ManagedObject& object, RowPart part) {
+        const std::uint32_t state = object.state();
+        return (state & ManagedObject::stateLoaded) != 0 &&
+               (part == RowPart::withoutTexts || (state & ManagedObject::stateTextsLate) == 0);
+    }
+    /// Fills the object with what it lacks of the row a statement stands on (column 0 the key, then the
+    /// part's properties in order), but for properties with unsaved changes. The object is alive afterwards,
+    /// its texts once the batch is settled.
+    void fill(ManagedObject& object, const sqlite::Statement& row, RowPart part, TextBatch& texts);
     /// Binds the stored properties whose bit is set, in order, from parameter `first` on. Texts are bound in
     /// place.
     void bind(const ManagedObject& object, sqlite::Statement& statement, int first,
@@ -157,6 +175,7 @@ class EntityTable {
     const EntityClass* objectClass_;
     std::vector<RowSlot> slots_;
     std::vector<StoredColumn> columns_;
+    std::vector<StoredColumn> scalarColumns_;  ///< those of them that are neither text nor data
     std::vector<Inverse> inverses_;
     std::unique_ptr<KeyTable> dynamicKeys_;
     std::size_t dynamicRowSize_ = 0;

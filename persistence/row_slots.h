@@ -95,6 +95,8 @@ class TextSlot {
     }
 
   private:
+    friend class TextBatch;
+
     SharedText* text_ = nullptr;
 };
 

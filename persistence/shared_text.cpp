@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <utility>
 
 namespace orvane {
 
@@ -10,9 +11,13 @@ namespace {
 
 constexpr std::size_t smallestCapacity = 64;
 
-/// Mixes eight bytes at a time; the texts come from this user's own desktop, so speed counts and nothing
-/// else.
-std::uint64_t hashOf(std::string_view text) {
+}  // namespace
+
+TextPool::~TextPool() { std::free(places_); }
+
+// Mixes eight bytes at a time; the texts come from this user's own desktop, so speed counts and nothing
+// else.
+std::uint64_t TextPool::hashOf(std::string_view text) {
     constexpr std::uint64_t multiplier = 0x9E3779B97F4A7C15ULL;
     std::uint64_t hash = text.size() * multiplier;
     const char* bytes = text.data();
@@ -31,10 +36,6 @@ std::uint64_t hashOf(std::string_view text) {
     return hash ^ (hash >> 29);
 }
 
-}  // namespace
-
-TextPool::~TextPool() { delete[] places_; }
-
 std::size_t TextPool::findPlace(std::uint64_t hash, std::string_view text) const {
     std::size_t place = hash & (capacity_ - 1);
     while (const SharedText* present = places_[place]) {
@@ -44,23 +45,26 @@ std::size_t TextPool::findPlace(std::uint64_t hash, std::string_view text) const
     return place;
 }
 
-void TextPool::grow() {
+void TextPool::resize(std::size_t capacity) {
     SharedText** const old = places_;
     const std::size_t oldCapacity = capacity_;
-    capacity_ = oldCapacity == 0 ? smallestCapacity : oldCapacity * 2;
-    places_ = new SharedText* [capacity_] {};
+    auto* const fresh = static_cast<SharedText**>(std::calloc(capacity, sizeof(SharedText*)));
+    if (!fresh) throw std::bad_alloc();
+    places_ = fresh;
+    capacity_ = capacity;
     for (std::size_t i = 0; i < oldCapacity; ++i) {
         if (!old[i]) continue;
         std::size_t place = old[i]->hash_ & (capacity_ - 1);
         while (places_[place]) place = (place + 1) & (capacity_ - 1);
         places_[place] = old[i];
     }
-    delete[] old;
+    std::free(old);
 }
 
-SharedText* TextPool::acquire(std::string_view text) {
-    if (size_ * 2 >= capacity_) grow();
-    const std::uint64_t hash = hashOf(text);
+SharedText* TextPool::acquire(std::string_view text) { return acquire(text, hashOf(text)); }
+
+SharedText* TextPool::acquire(std::string_view text, std::uint64_t hash) {
+    if (size_ * 2 >= capacity_) resize(capacity_ == 0 ? smallestCapacity : capacity_ * 2);
     const std::size_t place = findPlace(hash, text);
     SharedText*& present = places_[place];
     if (!present) {
@@ -87,8 +91,8 @@ void TextPool::release(SharedText* text) {
         for (;;) {
             next = (next + 1) & (capacity_ - 1);
             if (!places_[next]) {
-                --size_;
                 std::free(text);
+                if (--size_ == 0) forgetPlaces();
                 return;
             }
             const std::size_t home = places_[next]->hash_ & (capacity_ - 1);
@@ -99,6 +103,11 @@ void TextPool::release(SharedText* text) {
         places_[place] = places_[next];
         place = next;
     }
+}
+
+void TextPool::forgetPlaces() {
+    std::free(std::exchange(places_, nullptr));
+    capacity_ = 0;
 }
 
 }  // namespace orvane

@@ -41,7 +41,12 @@ class ORVANE_EXPORT TextPool {
     std::size_t size() const { return size_; }
 
   private:
-    void grow();
+    friend class TextBatch;
+
+    static std::uint64_t hashOf(std::string_view text);
+    SharedText* acquire(std::string_view text, std::uint64_t hash);
+    void resize(std::size_t capacity);
+    void forgetPlaces();
     std::size_t findPlace(std::uint64_t hash, std::string_view text) const;
 
     SharedText** places_ = nullptr;  // open addressing; a power of two of them

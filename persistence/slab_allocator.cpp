@@ -1,6 +1,7 @@
 #include <sys/mman.h>
 
-#include <bit>
+#include <cstdlib>
+#include <functional>
 #include <new>
 
 #include "persistence/object_table.h"
@@ -10,16 +11,30 @@ namespace orvane {
 namespace {
 
 constexpr std::size_t slabBytes =
-    256 * 1024;  // aligned to its own size, so that a cell's address tells its slab
+    256 * 1024;                         // aligned to its own size, so that a cell's address tells its slab
+constexpr std::size_t firstCells = 32;  // a small slab to begin with: often just a few objects are at hand
 
-void* mapAligned() {
+void* map(void* wanted, std::size_t bytes, int flags) {
+    void* const mapped =
+        mmap(wanted, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | flags, -1, 0);
+    return mapped == MAP_FAILED ? nullptr : mapped;
+}
+
+/// Aligned room for one slab. Beneath the slab made last there is often just that, and whoever needs a second
+/// slab will soon fill it: its pages come all at once, which costs less than one by one.
+void* mapAligned(void* last) {
+    if (last) {
+        void* const beneath = map(static_cast<char*>(last) - slabBytes, slabBytes, MAP_POPULATE);
+        if (beneath && reinterpret_cast<std::uintptr_t>(beneath) % slabBytes == 0) return beneath;
+        if (beneath) munmap(beneath, slabBytes);
+    }
     const std::size_t room = slabBytes * 2;
-    void* mapped = mmap(nullptr, room, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (mapped == MAP_FAILED) throw std::bad_alloc();
-    const auto begin = reinterpret_cast<std::uintptr_t>(mapped);
+    auto* const mapped = static_cast<char*>(map(nullptr, room, 0));
+    if (!mapped) throw std::bad_alloc();
+    const std::uintptr_t begin = reinterpret_cast<std::uintptr_t>(mapped);
     const std::size_t before = ((begin + slabBytes - 1) & ~(slabBytes - 1)) - begin;
     const std::size_t after = room - before - slabBytes;
-    char* const slab = static_cast<char*>(mapped) + before;
+    char* const slab = mapped + before;
     if (before > 0) munmap(mapped, before);
     if (after > 0) munmap(slab + slabBytes, after);
     return slab;
@@ -33,20 +48,35 @@ struct SlabAllocator::Slab {
     void* freeCells = nullptr;  // cells given back, chained through their first word
     std::size_t neverUsed = 0;  // index of the first cell that was never handed out
     std::size_t live = 0;
+    std::size_t cells = 0;
     bool hasRoom = true;
 };
 
 SlabAllocator::SlabAllocator(std::size_t size, std::size_t alignment)
     : cellSize_((size + alignment - 1) / alignment * alignment),
-      firstCell_((sizeof(Slab) + alignment - 1) / alignment * alignment),
-      cellsPerSlab_((slabBytes - firstCell_) / cellSize_) {}
+      firstCell_((sizeof(Slab) + alignment - 1) / alignment * alignment) {}
 
 SlabAllocator::~SlabAllocator() {
     if (spare_) munmap(spare_, slabBytes);
+    std::free(first_);
+}
+
+bool SlabAllocator::isInFirst(const void* cell) const {
+    const auto* const begin = reinterpret_cast<const char*>(first_);
+    return first_ && std::less_equal<>()(begin, static_cast<const char*>(cell)) &&
+           std::less<>()(static_cast<const char*>(cell), begin + firstCell_ + cellSize_ * firstCells);
 }
 
 SlabAllocator::Slab* SlabAllocator::newSlab() {
-    Slab* slab = spare_ ? std::exchange(spare_, nullptr) : new (mapAligned()) Slab;
+    Slab* slab = std::exchange(spare_, nullptr);
+    if (!slab && !first_) {
+        void* const room = std::malloc(firstCell_ + cellSize_ * firstCells);
+        if (!room) throw std::bad_alloc();
+        slab = first_ = new (room) Slab;
+    } else if (!slab) {
+        slab = lastMapped_ = new (mapAligned(lastMapped_)) Slab;
+    }
+    slab->cells = slab == first_ ? firstCells : (slabBytes - firstCell_) / cellSize_;
     slab->hasRoom = true;
     slab->previous = nullptr;
     slab->next = slabsWithRoom_;
@@ -63,7 +93,7 @@ void* SlabAllocator::allocate() {
     else
         cell = reinterpret_cast<char*>(slab) + firstCell_ + cellSize_ * slab->neverUsed++;
     ++slab->live;
-    if (!slab->freeCells && slab->neverUsed == cellsPerSlab_) {
+    if (!slab->freeCells && slab->neverUsed == slab->cells) {
         slabsWithRoom_ = slab->next;
         if (slabsWithRoom_) slabsWithRoom_->previous = nullptr;
         slab->hasRoom = false;
@@ -73,7 +103,8 @@ void* SlabAllocator::allocate() {
 
 void SlabAllocator::release(void* memory) noexcept {
     const std::size_t offset = reinterpret_cast<std::uintptr_t>(memory) & (slabBytes - 1);
-    auto* slab = reinterpret_cast<Slab*>(static_cast<char*>(memory) - offset);
+    Slab* const slab =
+        isInFirst(memory) ? first_ : reinterpret_cast<Slab*>(static_cast<char*>(memory) - offset);
     *static_cast<void**>(memory) = slab->freeCells;
     slab->freeCells = memory;
     --slab->live;
@@ -84,7 +115,7 @@ void SlabAllocator::release(void* memory) noexcept {
         if (slabsWithRoom_) slabsWithRoom_->previous = slab;
         slabsWithRoom_ = slab;
     }
-    if (slab->live > 0) return;
+    if (slab->live > 0 || slab == first_) return;
     if (slab->previous)
         slab->previous->next = slab->next;
     else
@@ -94,8 +125,7 @@ void SlabAllocator::release(void* memory) noexcept {
         munmap(slab, slabBytes);
     } else {
         // One empty slab is kept, so that a single object that comes and goes maps nothing.
-        new (slab) Slab;
-        spare_ = slab;
+        spare_ = new (slab) Slab;
     }
 }
 

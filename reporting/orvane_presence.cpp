@@ -23,14 +23,14 @@ struct Span {
     Date end;
 };
 
-std::vector<Span> activeSpans(ManagedObjectContext* context, Date from, Date to, const char* order) {
+std::vector<Span> activeSpans(ManagedObjectContext& context, Date from, Date to, const char* order) {
     std::vector<Span> spans;
-    if (!context) return spans;
-    for (const Ref<OrvaneRecording>& recording : context->fetch<OrvaneRecording>(
-             {std::string(OrvaneRecording::entityName()),
-              Predicate::withFormat("idle == 0 AND startDate >= %@ AND endDate <= %@",
-                                    {Value(from), Value(to)}),
-              {{order, true}}})) {
+    for (const Ref<OrvaneRecording>& recording :
+         context.fetch<OrvaneRecording>({.entityName = std::string(OrvaneRecording::entityName()),
+         .predicate = Predicate::withFormat("idle == 0 AND startDate >= %@ AND endDate <= %@",
+                                            {Value(from), Value(to)}),
+         .sortOrders = {{order, true}},
+         .textsWhenRead = true})) {
         const std::optional<Date> start = recording->startDate();
         const std::optional<Date> end = recording->endDate();
         if (start && end) spans.push_back({*start, *end});
@@ -61,10 +61,12 @@ const KeyTable& OrvanePresence::classKeyTable() {
 Ref<OrvanePresence> OrvanePresence::presenceForDate(Date date) {
     ManagedObjectContext* context = Orvane::sharedOrvane().managedObjectContext();
     auto presence = makeRef<OrvanePresence>();
+    if (!context) return presence;
+    const ReadScope scope(*context);
     const Date dayStart = orvaneDayStart(date);
     const Date dayEnd = orvaneDayEnd(date);
 
-    const std::vector<Span> today = activeSpans(context, dayStart, dayEnd, "startDate");
+    const std::vector<Span> today = activeSpans(*context, dayStart, dayEnd, "startDate");
     if (today.empty()) return presence;
     Date start = today.front().start;
     Date end = today.front().end;
@@ -83,7 +85,7 @@ Ref<OrvanePresence> OrvanePresence::presenceForDate(Date date) {
     }
     if (dayEnd - end < edgeMargin) {
         // From end to end, by plain days of 86,400 seconds also when the clocks change.
-        for (const Span& span : activeSpans(context, dayStart + dayShift, dayEnd + dayShift, "endDate")) {
+        for (const Span& span : activeSpans(*context, dayStart + dayShift, dayEnd + dayShift, "endDate")) {
             if (span.end - end > gapLimit) break;
             end = span.end;
         }

@@ -64,11 +64,13 @@ std::vector<Ref<RangeItem>> Orvane::itemsFromDate(Date fromDate, Date toDate) {
 
 std::vector<Ref<RangeItem>> Orvane::itemsFromDate(Date fromDate, Date toDate,
                                                   ManagedObjectContext& context) const {
+    const ReadScope scope(context);
     const auto groups = context.fetch<OrvaneGroup>({std::string(OrvaneGroup::entityName())});
     auto recordings = context.fetch<OrvaneRecording>(
-        {std::string(OrvaneRecording::entityName()),
-         Predicate::withFormat("startDate >= %@ AND startDate <= %@ AND idle == 0",
-                               {Value(fromDate), Value(toDate)})});
+        {.entityName = std::string(OrvaneRecording::entityName()),
+         .predicate = Predicate::withFormat("startDate >= %@ AND startDate <= %@ AND idle == 0",
+                                            {Value(fromDate), Value(toDate)}),
+         .textsWhenRead = true});
 
     std::vector<Measured<RangeItem>> items;
     std::vector<std::pair<Ref<OrvaneGroup>, std::vector<Measured<OrvaneAppForRange>>>> usedGroups;

@@ -43,6 +43,7 @@ void Orvane::poll() {
     UndoManager* undoManager = context->undoManager();
     if (undoManager) undoManager->disableUndoRegistration();
 
+    std::optional<WriteScope> scope;
     if (const std::optional<Dictionary> window = currentWindow()) {
         const Value identifier = (*window)[kCGWindowOwnerBundleIdentifier];
         const Value windowName = (*window)[kCGWindowName];
@@ -64,6 +65,7 @@ void Orvane::poll() {
             previousIdle = currentRecording_->idleValue();
         }
 
+        scope.emplace(*context);
         const Ref<OrvaneApp> application =
             applicationForSample(*context, *identifier.asString(), (*window)[kCGWindowOwnerName]);
 

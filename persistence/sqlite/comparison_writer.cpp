@@ -313,7 +313,7 @@ std::string ComparisonWriter::parameter(Value value) {
 std::string ComparisonWriter::bounded(const Column& column, std::string_view comparison, Value value) {
     const std::string place = parameter(std::move(value));
     if (bounds_ && !column.ownName.empty())
-        bounds_->push_back({column.ownName, std::string(comparison), place});
+        bounds_->push_back({column.ownName, std::string(comparison), static_cast<int>(bindings_.size())});
     return column.sql + " " + std::string(comparison) + " " + place;
 }
 

@@ -39,8 +39,9 @@ struct Side {
 struct Bound {
     std::string column;
     std::string comparison;  ///< "<", "<=", ">", ">=" or "="
-    std::string parameter;
+    int place;               ///< number of the place holder
 
+    std::string parameter() const { return "?" + std::to_string(place); }
     bool isUpper() const { return comparison[0] != '>'; }
     bool isLower() const { return comparison[0] != '<'; }
 };

@@ -79,6 +79,15 @@ bool demandPlainFile(const std::filesystem::path& file, bool create, Error* erro
     }
 }
 
+/// Locks are held for as long as a commit or a piece of a long read takes, so short waits lose the least;
+/// those of SQLite's own handler grow to a tenth of a second.
+int waitForLock(void* limit, int round) {
+    constexpr int roundsPerMillisecond = 4;
+    if (round / roundsPerMillisecond >= reinterpret_cast<std::intptr_t>(limit)) return 0;
+    ::usleep(1000 / roundsPerMillisecond);
+    return 1;
+}
+
 }  // namespace
 
 void Statement::bind(int index, const Value& value) {
@@ -127,7 +136,8 @@ std::unique_ptr<Database> Database::open(const std::filesystem::path& file, cons
         sqlite3_close(handle);
         return nullptr;
     }
-    sqlite3_busy_timeout(handle, options.busyTimeoutMilliseconds);
+    sqlite3_busy_handler(handle, waitForLock,
+                         reinterpret_cast<void*>(std::intptr_t{options.busyTimeoutMilliseconds}));
     return std::unique_ptr<Database>(new Database(handle, file));
 }
 
@@ -186,8 +196,8 @@ Error Database::lastError() const {
     return errorForCode(code, sqlite3_errmsg(handle_), file_);
 }
 
-Transaction::Transaction(Database& database, Error* error) : database_(database) {
-    Statement* begin = database_.prepared("BEGIN IMMEDIATE", error);
+Transaction::Transaction(Database& database, Kind kind, Error* error) : database_(database), kind_(kind) {
+    Statement* begin = database_.prepared(kind == Kind::write ? "BEGIN IMMEDIATE" : "BEGIN", error);
     if (!begin) return;
     const StatementUse use(*begin);
     open_ = use->step() == SQLITE_DONE;
@@ -196,7 +206,7 @@ Transaction::Transaction(Database& database, Error* error) : database_(database)
 
 Transaction::~Transaction() {
     // Some failures, a full disk among them, make SQLite roll back by itself.
-    if (!open_ || sqlite3_get_autocommit(database_.handle()) != 0) return;
+    if (!begun()) return;
     if (Statement* rollback = database_.prepared("ROLLBACK", nullptr)) {
         const StatementUse use(*rollback);
         use->step();

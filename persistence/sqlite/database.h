@@ -81,7 +81,8 @@ struct OpenOptions {
     std::string fileSystem;  ///< name of the SQLite VFS; empty for the usual one
     bool create = false;
     bool readOnly = false;
-    int busyTimeoutMilliseconds = 50;
+    /// How long a call waits at most for another's lock. The default suits a main thread.
+    int busyTimeoutMilliseconds = 25;
 };
 
 /// One connection to a database file. Used by one thread at a time, which is why SQLite's own mutexes are
@@ -124,20 +125,28 @@ class Database {
 /// The error for an SQLite result code (extended codes included) met while working on `file`.
 Error errorForCode(int code, std::string_view message, const std::filesystem::path& file);
 
-/// A transaction that takes the write lock at once and is rolled back unless it was committed.
+/// Operations that see the file in one state, and that are rolled back unless they were committed.
 class Transaction {
   public:
+    enum class Kind {
+        read,   ///< takes the read lock with the first read
+        write,  ///< takes the write lock at once
+    };
+
     /// Check `begun` before use.
-    Transaction(Database& database, Error* error);
+    Transaction(Database& database, Kind kind, Error* error);
     ~Transaction();
     Transaction(const Transaction&) = delete;
     Transaction& operator=(const Transaction&) = delete;
 
-    bool begun() const { return open_; }
+    /// False when it could not begin, and once SQLite rolled it back by itself.
+    bool begun() const { return open_ && sqlite3_get_autocommit(database_.handle()) == 0; }
+    Kind kind() const { return kind_; }
     bool commit(Error* error);
 
   private:
     Database& database_;
+    Kind kind_;
     bool open_ = false;
 };
 

@@ -1,63 +1,71 @@
 #include "persistence/object_table.h"
 #include "persistence/sqlite/database.h"
+#include "persistence/text_batch.h"
 
 namespace orvane {
 
-void EntityTable::fill(ManagedObject& object, const sqlite::Statement& row) {
+void EntityTable::fill(ManagedObject& object, const sqlite::Statement& row, RowPart part, TextBatch& texts) {
+    const bool onlyTexts = (object.state() & ManagedObject::stateLoaded) != 0;
     char* const base = static_cast<char*>(this->row(object));
     sqlite3_stmt* const statement = row.handle();
     int index = 0;
-    for (const StoredColumn& column : columns_) {
+    for (const StoredColumn& column : columns(part)) {
         ++index;
-        if (object.changed_ >> column.property & 1) continue;
+        if ((object.changed_ >> column.property & 1) != 0 || (onlyTexts && !column.isText())) continue;
         void* const address = base + column.offset;
-        // One look-up of the column serves its type and its value.
+        // One look-up of the column serves its type and its value. Absent numbers read as zero, so that only
+        // zeros need a look at the type.
         sqlite3_value* const value = sqlite3_column_value(statement, index);
-        const bool absent = sqlite3_value_type(value) == SQLITE_NULL;
+        const auto absent = [&] { return sqlite3_value_type(value) == SQLITE_NULL; };
         switch (column.kind) {
             case SlotKind::date:
-                if (!absent) static_cast<DateSlot*>(address)->seconds = sqlite3_value_double(value);
+                if (const double seconds = sqlite3_value_double(value); seconds != 0 || !absent())
+                    static_cast<DateSlot*>(address)->seconds = seconds;
                 break;
             case SlotKind::boolean:
-                if (!absent) static_cast<BooleanSlot*>(address)->value = sqlite3_value_int(value) != 0;
+                if (const int flag = sqlite3_value_int(value); flag != 0 || !absent())
+                    static_cast<BooleanSlot*>(address)->value = flag != 0;
                 break;
             case SlotKind::text:
-                if (!absent) {
-                    const auto* bytes = reinterpret_cast<const char*>(sqlite3_value_text(value));
+                if (const unsigned char* bytes = sqlite3_value_text(value)) {
                     const auto length = static_cast<std::size_t>(sqlite3_value_bytes(value));
-                    static_cast<TextSlot*>(address)->set(storage_.texts(), std::string_view(bytes, length));
+                    texts.add(*static_cast<TextSlot*>(address),
+                              {reinterpret_cast<const char*>(bytes), length});
                 }
                 break;
             case SlotKind::data:
-                if (!absent) {
+                if (!absent()) {
                     const auto* bytes = static_cast<const char*>(sqlite3_value_blob(value));
                     const auto length = static_cast<std::size_t>(sqlite3_value_bytes(value));
-                    static_cast<TextSlot*>(address)->set(storage_.texts(),
-                                                         std::string_view(length ? bytes : "", length));
+                    texts.add(*static_cast<TextSlot*>(address),
+                              std::string_view(length ? bytes : "", length));
                 }
                 break;
             case SlotKind::toOne:
-                if (!absent)
+                if (const std::int64_t key = sqlite3_value_int64(value); key != 0 || !absent())
                     static_cast<ToOneSlot*>(address)->set(
-                        &storage_.table(column.destination).findOrCreate(sqlite3_value_int64(value)));
+                        &storage_.table(column.destination).findOrCreate(key));
                 break;
             case SlotKind::integer32:
             case SlotKind::integer64:
-                if (!absent) static_cast<IntegerSlot*>(address)->value = sqlite3_value_int64(value);
+                if (const std::int64_t number = sqlite3_value_int64(value); number != 0 || !absent())
+                    static_cast<IntegerSlot*>(address)->value = number;
                 break;
             case SlotKind::decimal:
-                if (!absent)
-                    static_cast<DecimalSlot*>(address)->value = DecimalSeconds(sqlite3_value_int64(value));
+                if (const std::int64_t number = sqlite3_value_int64(value); number != 0 || !absent())
+                    static_cast<DecimalSlot*>(address)->value = DecimalSeconds(number);
                 break;
             case SlotKind::real:
-                if (!absent) static_cast<RealSlot*>(address)->value = sqlite3_value_double(value);
+                if (const double number = sqlite3_value_double(value); number != 0 || !absent())
+                    static_cast<RealSlot*>(address)->value = number;
                 break;
             case SlotKind::toMany:
                 break;
         }
     }
+    object.reserved_ &= ~(ManagedObject::stateRefreshed | ManagedObject::stateTextsLate);
     object.reserved_ |= ManagedObject::stateLoaded;
-    object.reserved_ &= ~ManagedObject::stateRefreshed;
+    if (part == RowPart::withoutTexts) object.reserved_ |= ManagedObject::stateTextsLate;
 }
 
 void EntityTable::bind(const ManagedObject& constObject, sqlite::Statement& statement, int first,

@@ -204,9 +204,9 @@ class QueryCompiler {
             const std::string comparison = end->comparison == "=" ? "<=" : end->comparison;
             query_.alternativeWhere = query_.where + " AND " + endSql + " < " + startSql;
             query_.alternativeFrom = "INDEXED BY " + sqlite::quoted(intervalIndexName(entity_, interval));
-            query_.where += " AND " + startSql + " " + comparison + " " + end->parameter + " AND " + endSql +
-                            " >= " + startSql;
-            bounds_.push_back({interval.start, comparison, end->parameter});
+            query_.where += " AND " + startSql + " " + comparison + " " + end->parameter() + " AND " +
+                            endSql + " >= " + startSql;
+            bounds_.push_back({interval.start, comparison, end->place});
             return;
         }
     }
@@ -228,7 +228,11 @@ class QueryCompiler {
                 });
             if (!isOrdered || !(bound(last, &Bound::isLower) || bound(last, &Bound::isUpper))) continue;
             const bool isClosed = bound(last, &Bound::isLower) && bound(last, &Bound::isUpper);
-            if (isClosed || query_.pieceColumn.empty()) query_.pieceColumn = last;
+            if (!isClosed && !query_.pieceColumn.empty()) continue;
+            query_.pieceColumn = last;
+            const Bound* lower = bound(last, &Bound::isLower);
+            query_.pieceLowerParameter = lower ? lower->place : 0;
+            query_.pieceLowerIsOpen = lower && lower->comparison == ">";
             if (isClosed) return;
         }
     }

@@ -33,6 +33,10 @@ struct CompiledQuery {
     /// A column of reals whose range bounds the answer and which an index gives in order, so that the answer
     /// may be read in pieces by (column, "_id"); empty when the pieces go by "_id".
     std::string pieceColumn;
+    /// The place holder, counted from 1, that bounds the column from below; 0 when nothing does. The bound
+    /// itself is out of the range when it is open.
+    int pieceLowerParameter = 0;
+    bool pieceLowerIsOpen = false;
 };
 
 /// Translates predicate and orders. None when some part (a computed key, a collection operator, a key that

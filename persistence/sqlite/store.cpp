@@ -6,6 +6,9 @@ namespace orvane::sqlite {
 
 namespace {
 
+/// A thread that is nobody's main thread can wait: the parent's commits may be slow.
+constexpr int workerBusyTimeout = 2000;  // milliseconds
+
 /// The inputs of a derived value as SQLite hands them to an aggregate function.
 class FunctionRow final : public StoredRow {
   public:
@@ -58,11 +61,15 @@ EntityStatements statementsFor(const EntityDescription& entity) {
         result.columnNames.push_back(attribute.name);
     for (const RelationshipDescription& relationship : entity.relationships)
         if (!relationship.toMany) result.columnNames.push_back(relationship.name);
-    result.columns = "t0.\"_id\"";
+    result.columns = result.columnsWithoutTexts = "t0.\"_id\"";
     std::string names = "\"_id\"";
     std::string places = "?";
     for (const std::string& name : result.columnNames) {
-        result.columns += ", t0." + sqlite::quoted(name);
+        const std::string column = ", t0." + sqlite::quoted(name);
+        result.columns += column;
+        const AttributeDescription* attribute = entity.attribute(name);
+        if (!attribute || (attribute->type != AttributeType::text && attribute->type != AttributeType::data))
+            result.columnsWithoutTexts += column;
         names += ", " + sqlite::quoted(name);
         places += ", ?";
     }
@@ -104,6 +111,12 @@ Store::Store(std::filesystem::path file, PreparedStore prepared, PrepareOptions 
     for (const EntityDescription& entity : model.entities()) statements_.push_back(statementsFor(entity));
 }
 
+void Store::beginAhead(Transaction::Kind kind) {
+    ahead_.reset();
+    auto transaction = std::make_unique<Transaction>(*database_, kind, nullptr);
+    if (transaction->begun()) ahead_ = std::move(transaction);
+}
+
 bool Store::declareDerived(const EntityDescription& entity, std::span<const DerivedSeconds> derived,
                            Error* error) {
     for (const DerivedSeconds& value : derived) derived_.push_back({sumFunction(entity, value.key), &value});
@@ -125,7 +138,9 @@ bool Store::registerDerived(Database& database, Error* error) const {
 }
 
 std::unique_ptr<Database> Store::openConnection(Error* error) const {
-    auto database = sqlite::openConnection(file_, options_, error);
+    PrepareOptions options = options_;
+    options.open.busyTimeoutMilliseconds = workerBusyTimeout;
+    auto database = sqlite::openConnection(file_, options, error);
     if (!database || !registerFunctions(*database, error) || !registerDerived(*database, error))
         return nullptr;
     return database;

@@ -15,10 +15,11 @@ namespace orvane::sqlite {
 
 /// Statement texts of one entity.
 struct EntityStatements {
-    std::string columns;       ///< `t0."_id", t0."first", …`: key, then the stored properties in order
-    std::string fromTable;     ///< ` FROM "Entity" AS t0`
-    std::string selectByKeys;  ///< all columns of the rows from one key to another
-    std::string insert;        ///< key and all stored properties
+    std::string columns;  ///< `t0."_id", t0."first", …`: key, then the stored properties in order
+    std::string columnsWithoutTexts;  ///< the same without texts and data
+    std::string fromTable;            ///< ` FROM "Entity" AS t0`
+    std::string selectByKeys;         ///< all columns of the rows from one key to another
+    std::string insert;               ///< key and all stored properties
     std::string remove;
     std::vector<std::string> columnNames;  ///< of the stored properties, in order
     std::unordered_map<std::uint64_t, std::string>
@@ -41,6 +42,11 @@ class Store {
     /// A further connection, with all functions registered, for a context on another thread.
     std::unique_ptr<Database> openConnection(Error* error) const;
 
+    /// Begins a transaction ahead of the operations that are to share it, when the lock can be had.
+    void beginAhead(Transaction::Kind kind);
+    /// The transaction begun ahead, which ends with what is returned; none when there is none.
+    std::unique_ptr<Transaction> takeTransaction() { return std::exchange(ahead_, nullptr); }
+
     /// Declares the derived values of an entity that can be summed in the file. Call before anything is
     /// fetched.
     bool declareDerived(const EntityDescription& entity, std::span<const DerivedSeconds> derived,
@@ -61,6 +67,7 @@ class Store {
     std::shared_ptr<const std::string> identifier_;
     PrepareOptions options_;
     std::unique_ptr<Database> database_;
+    std::unique_ptr<Transaction> ahead_;
     std::vector<EntityStatements> statements_;
     std::vector<Derived> derived_;
 };

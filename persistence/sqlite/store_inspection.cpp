@@ -33,11 +33,13 @@ class Inspector {
         : database_(database), model_(model), error_(error) {}
 
     std::optional<StoreInspection> inspect() {
-        // The first look at the schema: it puts back what an interrupted transaction left behind, and
-        // whatever is wrong with file, folder and locks shows here.
-        if (!loadSchema()) return std::nullopt;
-        const bool hasMetadata = columnType("_metadata", "value").has_value();
-        if (!(hasMetadata ? readMetadata() : readHeaderAlone())) return std::nullopt;
+        // The first look at the schema puts back what an interrupted transaction left behind, and whatever is
+        // wrong with file, folder and locks shows here: only then is the schema loaded on its own.
+        Statement metadata = prepared(R"(SELECT "name", "value" FROM "_metadata")");
+        const bool hasMetadata = static_cast<bool>(metadata);
+        if (!hasMetadata && !loadSchema()) return std::nullopt;
+        if (!(hasMetadata ? stepThrough(metadata, &Inspector::takeMetadata) : readHeaderAlone()))
+            return std::nullopt;
         if (header_.empty) {
             result_.empty = true;
             return std::move(result_);
@@ -134,10 +136,17 @@ class Inspector {
         return true;
     }
 
-    bool step(const char* sql, bool (Inspector::*takeRow)(const Statement&)) {
+    /// None when it cannot be prepared.
+    Statement prepared(const char* sql) {
         sqlite3_stmt* handle = nullptr;
-        if (sqlite3_prepare_v2(database_.handle(), sql, -1, &handle, nullptr) != SQLITE_OK) return failed();
-        Statement statement(handle);
+        sqlite3_prepare_v2(database_.handle(), sql, -1, &handle, nullptr);
+        return Statement(handle);
+    }
+    bool step(const char* sql, bool (Inspector::*takeRow)(const Statement&)) {
+        Statement statement = prepared(sql);
+        return statement ? stepThrough(statement, takeRow) : failed();
+    }
+    bool stepThrough(Statement& statement, bool (Inspector::*takeRow)(const Statement&)) {
         int code = statement.step();
         if ((code == SQLITE_ROW || code == SQLITE_DONE) && !readHeader()) return false;
         for (; code == SQLITE_ROW; code = statement.step())
@@ -149,9 +158,6 @@ class Inspector {
         return false;
     }
 
-    bool readMetadata() {
-        return step(R"(SELECT "name", "value" FROM "_metadata")", &Inspector::takeMetadata);
-    }
     bool takeMetadata(const Statement& row) {
         metadata_.emplace(row.text(0), row.text(1));
         return true;

@@ -82,7 +82,7 @@ bool needsWork(const StoreInspection& inspection) {
 /// another program may have done the same in between.
 std::optional<StoreInspection> bringUpToDate(Database& database, const ManagedObjectModel& model,
                                              Error* error) {
-    Transaction transaction(database, error);
+    Transaction transaction(database, Transaction::Kind::write, error);
     if (!transaction.begun()) return std::nullopt;
     const auto found = inspectStore(database, model, error);
     if (!found) return std::nullopt;

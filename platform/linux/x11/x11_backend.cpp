@@ -203,6 +203,11 @@ std::optional<DesktopWindow> X11Backend::activeWindow() {
     // The notice of this change waits in the queue or its timer runs; either will settle it.
     if (window == XCB_WINDOW_NONE && windowManagerRuns()) window = activeWindow_;
     if (window == XCB_WINDOW_NONE) return std::nullopt;
+    if (isTelling_) {
+        // Whoever was just told looks, and sees a newer change: a return from it would need a notice too.
+        acceptActiveWindow(window);
+        notices_.activeWindow = false;
+    }
     auto facts = X11WindowQuery(*connection_, window).get();
     if (!facts) return std::nullopt;
     return std::move(facts->window);
@@ -282,7 +287,10 @@ void X11Backend::deliver() {
     if (*isAlive && std::exchange(toldAsleep_, isAsleep_) != isAsleep_ && onScreenSleepChanged) {
         onScreenSleepChanged(isAsleep_);
     }
-    if (*isAlive && notices.activeWindow && onActiveWindowChanged) onActiveWindowChanged();
+    if (!*isAlive || !notices.activeWindow || !onActiveWindowChanged) return;
+    isTelling_ = true;
+    onActiveWindowChanged();
+    if (*isAlive) isTelling_ = false;
 }
 
 }  // namespace orvane

@@ -76,6 +76,7 @@ class X11Backend : public DesktopBackend {
     MainLoopTimer retryTimer_;
 
     xcb_window_t activeWindow_ = XCB_WINDOW_NONE;
+    bool isTelling_ = false;  ///< that the active window changed
     bool isUnsettled_ = false;
     MainLoopTimer settleTimer_;
     xcb_window_t windowManager_ = XCB_WINDOW_NONE;
