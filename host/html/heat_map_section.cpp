@@ -75,7 +75,7 @@ void addHeatMap(Markup& page, const HeatMap& heatMap) {
     page.html("<div class=scroll><table class=heat>\n<caption>").html(wording.caption).html("</caption>\n");
     page.html("<thead><tr><th scope=col>").html(wording.row).html("</th>");
     for (int hour = 0; hour < 24; ++hour) {
-        char text[8];
+        char text[16];
         std::snprintf(text, sizeof text, "%02d", hour);
         page.html("<th scope=col>").html(text).html("</th>");
     }
