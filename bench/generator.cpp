@@ -27,7 +27,7 @@ void writeGroups(RawDatabase& database) {
     RawStatement insert(database.handle(),
                         R"(INSERT INTO "Group" ("_id", "color", "identifier", "name") VALUES (?, ?, ?, ?))");
     for (std::int64_t key = 1; key <= groupCount; ++key) {
-        char identifier[40];
+        char identifier[48];
         std::snprintf(identifier, sizeof identifier, "00000000-0000-4000-8000-%012lld",
                       static_cast<long long>(key));
         const std::string name = "Group " + std::to_string(key);
