@@ -48,7 +48,8 @@ std::size_t TextPool::findPlace(std::uint64_t hash, std::string_view text) const
 void TextPool::resize(std::size_t capacity) {
     SharedText** const old = places_;
     const std::size_t oldCapacity = capacity_;
-    auto* const fresh = static_cast<SharedText**>(std::calloc(capacity, sizeof(SharedText*)));
+    // Zeroed pages come from the system as they are touched.
+    auto* const fresh = static_cast<SharedText**>(std::calloc(capacity, sizeof(void*)));
     if (!fresh) throw std::bad_alloc();
     places_ = fresh;
     capacity_ = capacity;
