@@ -81,9 +81,9 @@ bool demandPlainFile(const std::filesystem::path& file, bool create, Error* erro
 
 /// Locks are held for as long as a commit or a piece of a long read takes, so short waits lose the least;
 /// those of SQLite's own handler grow to a tenth of a second.
-int waitForLock(void* limit, int round) {
+int waitForLock(void* mostMilliseconds, int round) {
     constexpr int roundsPerMillisecond = 4;
-    if (round / roundsPerMillisecond >= reinterpret_cast<std::intptr_t>(limit)) return 0;
+    if (round / roundsPerMillisecond >= *static_cast<const int*>(mostMilliseconds)) return 0;
     ::usleep(1000 / roundsPerMillisecond);
     return 1;
 }
@@ -136,9 +136,9 @@ std::unique_ptr<Database> Database::open(const std::filesystem::path& file, cons
         sqlite3_close(handle);
         return nullptr;
     }
-    sqlite3_busy_handler(handle, waitForLock,
-                         reinterpret_cast<void*>(std::intptr_t{options.busyTimeoutMilliseconds}));
-    return std::unique_ptr<Database>(new Database(handle, file));
+    std::unique_ptr<Database> database(new Database(handle, file, options.busyTimeoutMilliseconds));
+    sqlite3_busy_handler(handle, waitForLock, &database->busyTimeoutMilliseconds_);
+    return database;
 }
 
 Database::~Database() {

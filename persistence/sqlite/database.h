@@ -110,7 +110,8 @@ class Database {
     const std::filesystem::path& file() const { return file_; }
 
   private:
-    Database(sqlite3* handle, std::filesystem::path file) : handle_(handle), file_(std::move(file)) {}
+    Database(sqlite3* handle, std::filesystem::path file, int busyTimeoutMilliseconds)
+        : handle_(handle), file_(std::move(file)), busyTimeoutMilliseconds_(busyTimeoutMilliseconds) {}
 
     struct TextHash {
         using is_transparent = void;
@@ -119,6 +120,7 @@ class Database {
 
     sqlite3* handle_;
     std::filesystem::path file_;
+    int busyTimeoutMilliseconds_;
     std::unordered_map<std::string, Statement, TextHash, std::equal_to<>> statements_;
 };
 
