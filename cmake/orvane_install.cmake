@@ -34,7 +34,12 @@ elseif(EXISTS "${model}")
     install(FILES "${model}" DESTINATION "${CMAKE_INSTALL_DATADIR}/orvane")
 endif()
 
+if(TARGET orvane_draw_icon)
+    install(TARGETS orvane_draw_icon RUNTIME DESTINATION libexec/orvane)
+endif()
 if(TARGET orvane_host)
     install(TARGETS orvane_host RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
-    install(FILES packaging/orvane.service DESTINATION lib/systemd/user)
+    # A service manager looks for programs in its own folders only.
+    configure_file(packaging/orvane.service.in "${PROJECT_BINARY_DIR}/orvane.service" @ONLY)
+    install(FILES "${PROJECT_BINARY_DIR}/orvane.service" DESTINATION lib/systemd/user)
 endif()

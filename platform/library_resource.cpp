@@ -8,8 +8,14 @@ namespace orvane {
 
 namespace {
 
-/// The file that holds this very code: the shared library, or a program that the code was linked into.
-std::filesystem::path loadedFile() {
+bool isThere(const std::filesystem::path& path) {
+    std::error_code ignored;
+    return std::filesystem::exists(path, ignored);
+}
+
+}  // namespace
+
+std::filesystem::path libraryFile() {
     static const char anchor = 0;
     std::error_code ignored;
     Dl_info information;
@@ -21,13 +27,6 @@ std::filesystem::path loadedFile() {
     return file;
 }
 
-bool isThere(const std::filesystem::path& path) {
-    std::error_code ignored;
-    return std::filesystem::exists(path, ignored);
-}
-
-}  // namespace
-
 std::optional<std::filesystem::path> libraryResource(std::string_view name, std::string_view extension) {
     std::string fileName(name);
     fileName.append(".").append(extension);
@@ -35,7 +34,7 @@ std::optional<std::filesystem::path> libraryResource(std::string_view name, std:
         std::filesystem::path resource = std::filesystem::path(chosen) / fileName;
         if (isThere(resource)) return resource;
     }
-    std::filesystem::path folder = loadedFile().parent_path();
+    std::filesystem::path folder = libraryFile().parent_path();
     while (!folder.empty()) {
         std::filesystem::path resource = folder / "share" / "orvane" / fileName;
         if (isThere(resource)) return resource;

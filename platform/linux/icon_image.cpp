@@ -1,14 +1,14 @@
 #include "platform/linux/icon_image.h"
 
-#include <gdk-pixbuf/gdk-pixbuf.h>
 #include <gio/gio.h>
 
-#include <algorithm>
+#include <chrono>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "platform/linux/desktop_entries.h"
+#include "platform/linux/helper_program.h"
 #include "platform/linux/icon_theme_name.h"
 
 namespace orvane {
@@ -42,22 +42,14 @@ std::vector<std::string> namesForKind(const fs::path& path) {
 }  // namespace
 
 Image drawImageFile(const fs::path& file, int size) {
-    const Handle<GdkPixbuf> drawn(gdk_pixbuf_new_from_file_at_scale(file.c_str(), size, size, TRUE, nullptr));
-    if (!drawn) return {};
-    const Handle<GdkPixbuf> source(gdk_pixbuf_add_alpha(drawn.get(), FALSE, 0, 0, 0));
-    if (!source) return {};
-    const int width = std::min(size, gdk_pixbuf_get_width(source.get()));
-    const int height = std::min(size, gdk_pixbuf_get_height(source.get()));
-    const guint8* rows = gdk_pixbuf_read_pixels(source.get());
-    const int stride = gdk_pixbuf_get_rowstride(source.get());
-
-    constexpr int channels = 4;
-    Image image{size, size, std::vector<std::uint8_t>(static_cast<std::size_t>(size * size * channels))};
-    for (int y = 0; y < height; ++y) {
-        const auto offset = (((size - height) / 2 + y) * size + (size - width) / 2) * channels;
-        std::copy_n(rows + y * stride, width * channels, image.pixels.begin() + offset);
-    }
-    return image;
+    static const std::optional<fs::path> program = helperProgram("orvane-draw-icon");
+    if (!program) return {};
+    constexpr std::chrono::milliseconds longest(2000);
+    constexpr std::size_t channels = 4;
+    const std::size_t bytes = static_cast<std::size_t>(size) * static_cast<std::size_t>(size) * channels;
+    auto pixels = outputOfProgram({program->string(), std::to_string(size), file.string()}, bytes, longest);
+    if (!pixels || pixels->size() != bytes) return {};
+    return {size, size, std::move(*pixels)};
 }
 
 Image fileIcon(const fs::path& file, const IconTheme& theme) {

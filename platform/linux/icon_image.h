@@ -9,7 +9,8 @@
 namespace orvane {
 
 /// Draws an image file of any format that gdk-pixbuf reads into a square of that many pixels: its proportions
-/// kept, centred, transparent around. No pixels when it cannot be read.
+/// kept, centred, transparent around. No pixels when it cannot be read. A process of its own does it, which
+/// is waited for, for two seconds at the most.
 Image drawImageFile(const std::filesystem::path& file, int size);
 
 /// The icon of a file, 32 pixels square: a desktop entry's own, that of the only entry in a folder, else that
