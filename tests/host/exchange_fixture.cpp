@@ -9,9 +9,9 @@
 #include "host/exchange/csv_writer.h"
 #include "host/exchange/json_lines_reader.h"
 #include "host/exchange/json_lines_writer.h"
-#include "host/output_file.h"
 #include "host/exchange/store_exporter.h"
 #include "host/exchange/store_importer.h"
+#include "host/output_file.h"
 
 namespace orvane::test {
 
