@@ -78,7 +78,7 @@ TEST_P(ReplayOfTrace, PrintsWhatIsExpected) {
     EXPECT_EQ(index, outcome.output.size());
 }
 
-INSTANTIATE_TEST_SUITE_P(Traces, ReplayOfTrace, testing::Values("times", "edits", "storage"),
+INSTANTIATE_TEST_SUITE_P(Traces, ReplayOfTrace, testing::Values("edits", "faults", "storage", "times"),
                          [](const auto& trace) { return std::string(trace.param); });
 
 class ReplayOverFolder : public testing::Test {
