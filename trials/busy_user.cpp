@@ -14,12 +14,14 @@ constexpr const char* applications[] = {"org.example.Editor", "org.example.Mail"
                                         "org.example.Browser", "org.example.Notes"};
 constexpr const char* windows[] = {"", "letter", "plan", "Übersicht", "a title that is longer than the others"};
 
+/// A host that cannot read tries again.
 template <class T>
 std::vector<Ref<T>> all(ManagedObjectContext& context, const char* key) {
     // One order for all runs, whatever order the file yields.
-    return context.fetch<T>({.entityName = std::string(T::entityName()),
-                             .predicate = Predicate::withFormat("%K != %@", {Value(key), Value("")}),
-                             .sortOrders = {{key, true}}});
+    const FetchRequest request{.entityName = std::string(T::entityName()), .sortOrders = {{key, true}}};
+    Error error;
+    std::vector<Ref<T>> found = context.fetch<T>(request, &error);
+    return error ? context.fetch<T>(request) : found;
 }
 
 }  // namespace

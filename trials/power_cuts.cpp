@@ -1,8 +1,27 @@
 #include "trials/power_cuts.h"
 
+#include <functional>
+#include <string_view>
+
 #include "trials/going_on.h"
 
 namespace orvane::trials {
+
+namespace {
+
+std::size_t hashOf(const UnreliableDisk::Files& files, std::size_t completeSaves) {
+    std::size_t result = completeSaves;
+    const auto add = [&](std::string_view text) {
+        result = result * 31 + std::hash<std::string_view>{}(text);
+    };
+    for (const auto& [path, bytes] : files) {
+        add(path);
+        add({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+    }
+    return result;
+}
+
+}  // namespace
 
 PowerCuts::PowerCuts(const std::filesystem::path& folder, std::uint64_t seed)
     : folder_(folder),
@@ -55,6 +74,11 @@ void PowerCuts::judge(const Cut& cut) {
                    std::to_string(seed_);
     };
     ++cuts_;
+    const std::size_t hash = hashOf(cut.left, cut.completeSaves);
+    if (const auto known = sound_.find(hash); known != sound_.end()) {
+        lastSavesLost_ += known->second;
+        return;
+    }
     restored_.setFiles(cut.left);
     const StoreContents found = readStore(file(), restored_.name());
     if (!found.isReadable) return tell("the store cannot be read");
@@ -66,11 +90,11 @@ void PowerCuts::judge(const Cut& cut) {
     const auto holds = [&](std::size_t save) {
         return save < saved_.size() && found.text == saved_[save].text;
     };
-    if (!holds(complete) && !holds(complete + 1)) {
-        if (complete == 0 || !holds(complete - 1)) return tell("what was saved is not there");
-        ++lastSavesLost_;
-    }
-    if (const auto wrong = goOnTracking(folder_, restored_.name(), found)) tell(*wrong);
+    const bool lacksLast = !holds(complete) && !holds(complete + 1);
+    if (lacksLast && (complete == 0 || !holds(complete - 1))) return tell("what was saved is not there");
+    lastSavesLost_ += lacksLast;
+    if (const auto wrong = goOnTracking(folder_, restored_.name(), found)) return tell(*wrong);
+    sound_.emplace(hash, lacksLast);
 }
 
 }  // namespace orvane::trials

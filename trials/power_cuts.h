@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "platform/simulated/unreliable_disk.h"
@@ -56,6 +57,9 @@ class PowerCuts {
     // Contents after each save, the empty store first.
     std::vector<StoreContents> saved_;
     std::vector<Cut> open_;
+    // What was left before and turned out well, by a hash of it, and whether it lacked the last save. The
+    // same files need no second look.
+    std::unordered_map<std::size_t, bool> sound_;
     std::uint64_t cuts_ = 0;
     std::uint64_t lastSavesLost_ = 0;
     std::optional<std::string> problem_;

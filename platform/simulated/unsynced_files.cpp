@@ -1,6 +1,7 @@
 #include "platform/simulated/unsynced_files.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace orvane {
 
@@ -98,7 +99,8 @@ void UnsyncedFiles::apply(Bytes& bytes, const Change& change) {
         return;
     }
     bytes.resize(std::max(bytes.size(), offset + change.bytes->size()));
-    std::ranges::copy(*change.bytes, bytes.begin() + change.offset);
+    if (!change.bytes->empty())
+        std::memcpy(bytes.data() + offset, change.bytes->data(), change.bytes->size());
 }
 
 UnsyncedFiles::Bytes UnsyncedFiles::leftOf(const Content& content, std::mt19937_64& random) {
