@@ -12,7 +12,8 @@ namespace {
 
 constexpr const char* applications[] = {"org.example.Editor", "org.example.Mail", "org.example.Terminal",
                                         "org.example.Browser", "org.example.Notes"};
-constexpr const char* windows[] = {"", "letter", "plan", "Übersicht", "a title that is longer than the others"};
+constexpr const char* windows[] = {"", "letter", "plan", "Übersicht",
+                                   "a title that is longer than the others"};
 
 /// A host that cannot read tries again.
 template <class T>

@@ -42,7 +42,8 @@ std::optional<std::string> goOnTracking(const std::filesystem::path& folder, con
         context->save();
         desk.tracker().setEnabled(true);
         desk.pass(polled);
-        if (!desk.errors().empty()) return "an error is shown: " + desk.errors().front().localizedDescription();
+        if (!desk.errors().empty())
+            return "an error is shown: " + desk.errors().front().localizedDescription();
     }
     const StoreContents after = readStore(folder / "Orvaning.db", fileSystem);
     if (!after.isReadable || after.integrity != "ok") return "the store is damaged once it was written on";

@@ -7,8 +7,8 @@ namespace orvane::trials {
 
 /// What a database file holds, read past the library.
 struct StoreContents {
-    bool isReadable = false;  ///< false, with all else empty, when any of it could not be read
-    std::string integrity = {};    ///< SQLite's own verdict, "ok" for a sound file
+    bool isReadable = false;     ///< false, with all else empty, when any of it could not be read
+    std::string integrity = {};  ///< SQLite's own verdict, "ok" for a sound file
     /// Every recording, application and group with all they hold, as text that is equal for equal contents.
     std::string text = {};
     /// Identifiers that more than one application bears.
