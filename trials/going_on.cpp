@@ -1,10 +1,5 @@
 #include "trials/going_on.h"
 
-#include <algorithm>
-#include <set>
-#include <sstream>
-#include <vector>
-
 #include "store/orvane_app.h"
 #include "trials/desk.h"
 
@@ -15,14 +10,6 @@ namespace {
 constexpr double later = 86400 * 365.;  // seconds; after everything that a trial records
 constexpr double polled = 20;           // seconds
 constexpr const char* application = "org.example.Editor";
-
-std::vector<std::string> linesOf(const std::string& text) {
-    std::vector<std::string> lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);)
-        if (!line.empty()) lines.push_back(std::move(line));
-    return lines;
-}
 
 }  // namespace
 
@@ -50,10 +37,8 @@ std::optional<std::string> goOnTracking(const std::filesystem::path& folder, con
     if (!after.doubledApplications.empty()) return "an application was recorded twice";
     if (after.recordings != before.recordings + 1 || after.lastEnd != now + polled)
         return "tracking does not go on";
-    const std::vector<std::string> kept = linesOf(after.text);
-    for (const std::string& line : linesOf(before.text))
-        if (line.starts_with("recording ") || line.starts_with("group "))
-            if (std::ranges::find(kept, line) == kept.end()) return "a line is gone: " + line;
+    for (const char* kind : {"recording ", "group "})
+        if (!holdsLines(after.text, before.text, kind)) return "what was there before is gone";
     return std::nullopt;
 }
 

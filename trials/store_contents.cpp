@@ -2,6 +2,8 @@
 
 #include <memory>
 #include <optional>
+#include <sstream>
+#include <unordered_set>
 
 #include <sqlite3.h>
 
@@ -74,6 +76,16 @@ StoreContents readStore(const std::filesystem::path& file, const std::string& fi
     contents.recordings = std::stoi(*recordings);
     contents.lastEnd = std::stod(*lastEnd);
     return contents;
+}
+
+bool holdsLines(const std::string& whole, const std::string& part, std::string_view word) {
+    std::unordered_set<std::string> lines;
+    std::istringstream there(whole);
+    for (std::string line; std::getline(there, line);) lines.insert(line);
+    std::istringstream wanted(part);
+    for (std::string line; std::getline(wanted, line);)
+        if (line.starts_with(word) && !lines.contains(line)) return false;
+    return true;
 }
 
 }  // namespace orvane::trials

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <string>
+#include <string_view>
 
 namespace orvane::trials {
 
@@ -20,6 +21,9 @@ struct StoreContents {
 /// `fileSystem` names the SQLite file system, empty for the usual one. Unfinished transactions are rolled
 /// back, as when any program opens the file. A file without tables has a text of its own.
 StoreContents readStore(const std::filesystem::path& file, const std::string& fileSystem);
+
+/// Every line of the contents `part` that begins with the word is among those of `whole`.
+bool holdsLines(const std::string& whole, const std::string& part, std::string_view word);
 
 /// What a new store holds before anything was saved in it.
 extern const char* const emptyStoreText;

@@ -24,7 +24,7 @@ TEST(PowerCuts, LoseNothingButTheLastSave) {
 
 TEST(FaultyOperations, AreCaughtUpWith) {
     const test::TemporaryFolder folder;
-    FaultyOperations trial(folder.path(), 2, 10);
+    FaultyOperations trial(folder.path(), 2, 8);
     while (trial.step()) {
     }
     EXPECT_FALSE(trial.problem()) << *trial.problem();
