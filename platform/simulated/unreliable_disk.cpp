@@ -17,8 +17,10 @@ class UnreliableDisk::Shim : public FileSystemShim {
         left_ = files.afterPowerCut(seed);
         hasPower = false;
     }
-    void restart(Files kept) {
+    void demandNoneOpen() const {
         if (open_ != 0) throw std::logic_error("a database is still open on the disk");
+    }
+    void restart(Files kept) {
         memory()->setFiles(kept);
         files.restart(std::move(kept));
         hasPower = true;
@@ -136,9 +138,14 @@ void UnreliableDisk::setSeed(std::uint64_t seed) { shim_->seed = seed; }
 bool UnreliableDisk::hasPower() const { return shim_->hasPower; }
 
 void UnreliableDisk::powerOn() {
-    if (!hasPower()) shim_->restart(shim_->takeLeft());
+    if (hasPower()) return;
+    shim_->demandNoneOpen();
+    shim_->restart(shim_->takeLeft());
 }
 
-void UnreliableDisk::setFiles(Files files) { shim_->restart(std::move(files)); }
+void UnreliableDisk::setFiles(Files files) {
+    shim_->demandNoneOpen();
+    shim_->restart(std::move(files));
+}
 
 }  // namespace orvane

@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "persistence/persistence_errors.h"
+#include "store/orvane_app.h"
 #include "tests/persistence/temporary_folder.h"
 #include "trials/desk.h"
 #include "trials/store_contents.h"
@@ -128,6 +129,29 @@ TEST_F(LostStore, ThatWasReplacedIsTheOneToGoOnWith) {
     desk_.pass(20);
     EXPECT_EQ(recordings(file_), row(0, 20, "letter") + row(50, 60, "plan"));
     EXPECT_EQ(shown(), std::vector<int>{storeInputOutputError});
+}
+
+TEST_F(LostStore, ThatWasReplacedIsStillThatOfChildContexts) {
+    const auto names = [](ManagedObjectContext& context) {
+        std::string result;
+        for (const auto& app : context.fetch<OrvaneApp>({std::string(OrvaneApp::entityName())}))
+            result += std::string(app->name().value_or("-")) + " ";
+        return result;
+    };
+    const Ref<OrvaneApp> held = desk_.tracker().currentRecording()->application();
+    ManagedObjectContext child(ConcurrencyType::mainQueue);
+    child.setParentContext(desk_.context());
+    const auto childsApp = child.fetch<OrvaneApp>({std::string(OrvaneApp::entityName())}).front();
+    fs::remove(file_);
+    desk_.show("org.example.Mail", "inbox");
+    desk_.pass(10);
+    EXPECT_FALSE(held->isUsable());
+    EXPECT_EQ(names(*desk_.context()), "org.example.Mail ");
+    // Its key is that of another application by now.
+    childsApp->setName("renamed");
+    EXPECT_TRUE(child.save());
+    desk_.pass(10);
+    EXPECT_EQ(names(*desk_.context()), "org.example.Mail ");
 }
 
 TEST_F(LostStore, ThatIsNoticedByTheEndOfTrackingIsNotWrittenEither) {
