@@ -85,7 +85,7 @@ bool demandPlainFile(const std::filesystem::path& file, bool create, Error* erro
 // those of SQLite's own handler grow to a tenth of a second.
 int Database::waitForLock(void* state, int round) {
     constexpr std::chrono::microseconds pause(250);
-    constexpr std::chrono::seconds untilPatientAgain(1);
+    constexpr std::chrono::milliseconds untilPatientAgain(250);
     auto& patience = *static_cast<Patience*>(state);
     const auto now = std::chrono::steady_clock::now();
     if (round == 0) {

@@ -82,9 +82,9 @@ struct OpenOptions {
     std::string fileSystem;  ///< name of the SQLite VFS; empty for the usual one
     bool create = false;
     bool readOnly = false;
-    /// How long a call waits at most for another's lock. Calls within a second after one that waited in vain
-    /// do not wait at all, so that several in a row take hardly longer than one. The default suits a main
-    /// thread.
+    /// How long a call waits at most for another's lock. Calls that come within a quarter of a second after
+    /// one that waited in vain do not wait at all, so that several in a row take hardly longer than one. The
+    /// default suits a main thread.
     int busyTimeoutMilliseconds = 25;
 };
 
