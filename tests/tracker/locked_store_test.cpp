@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <chrono>
 #include <optional>
+#include <ostream>
 
 #include "persistence/persistence_errors.h"
 #include "store/orvane_app.h"
@@ -33,6 +34,8 @@ struct Lock {
     const char* name;
     const char* begin;
 };
+
+void PrintTo(const Lock& lock, std::ostream* stream) { *stream << lock.name; }
 
 class LockedStore : public testing::TestWithParam<Lock> {
   protected:
