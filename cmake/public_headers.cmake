@@ -40,6 +40,7 @@ set(ORVANE_PUBLIC_HEADERS
     platform/workspace.h
     platform/linux/error_presenter.h
     platform/simulated/failing_file_system.h
+    platform/simulated/file_operation.h
     platform/simulated/repeatable_uuid_source.h
     platform/simulated/simulated_accessibility.h
     platform/simulated/simulated_file_manager.h
@@ -48,6 +49,7 @@ set(ORVANE_PUBLIC_HEADERS
     platform/simulated/simulated_user_defaults.h
     platform/simulated/simulated_window_server.h
     platform/simulated/simulated_workspace.h
+    platform/simulated/unreliable_disk.h
     platform/simulated/virtual_clock.h
     platform/simulated/virtual_run_loop.h
     reporting/orvane_app_for_range.h

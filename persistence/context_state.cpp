@@ -41,7 +41,13 @@ void ContextState::checkThread() {
 }
 
 void ContextState::setCoordinator(std::shared_ptr<PersistentStoreCoordinator> coordinator) {
-    if (storage_) throw std::logic_error("the context has a coordinator already");
+    if (storage_) {
+        if (parent_) throw std::logic_error("a child context keeps the coordinator of its parent");
+        reset();
+        // Children know the keys of the earlier store, which must not meet those of the new one.
+        shared_.reset();
+        storage_->contextGone();
+    }
     coordinator_ = std::move(coordinator);
     storage_ = new ObjectStorage(*this, *coordinator_);
 }

@@ -77,6 +77,10 @@ bool PersistentStoreCoordinator::addPersistentStore(std::string_view type, std::
     return true;
 }
 
+bool PersistentStoreCoordinator::isStoreMoved(Error* error) const {
+    return store_ && store_->mainDatabase().wasMoved(error);
+}
+
 std::optional<ManagedObjectID> PersistentStoreCoordinator::managedObjectIDForURIRepresentation(
     std::string_view text) const {
     if (!store_ || !text.starts_with(uriScheme)) return std::nullopt;

@@ -46,6 +46,10 @@ class ORVANE_EXPORT PersistentStoreCoordinator {
                             const std::filesystem::path& file, const PersistentStoreOptions& options,
                             Error* error = nullptr);
 
+    /// The store's file was deleted or moved, or another stands in its place: nothing is saved any more, as
+    /// the error says. A file that may not be looked at counts as unmoved.
+    bool isStoreMoved(Error* error = nullptr) const;
+
     const ManagedObjectModel& model() const { return *model_; }
     const std::shared_ptr<const ManagedObjectModel>& sharedModel() const { return model_; }
     /// The class that makes the entity's objects; none for entities without one.

@@ -1,6 +1,7 @@
 #include "store/store_stack.h"
 
 #include <stdexcept>
+#include <utility>
 
 #include "persistence/persistence_errors.h"
 #include "platform/platform.h"
@@ -85,6 +86,19 @@ std::shared_ptr<PersistentStoreCoordinator> StoreStack::persistentStoreCoordinat
     }
     coordinator_ = std::move(coordinator);
     return coordinator_;
+}
+
+bool StoreStack::followFile() {
+    Error error;
+    if (!coordinator_ || !coordinator_->isStoreMoved(&error)) return true;
+    present(error);
+    const auto gone = std::exchange(coordinator_, nullptr);
+    if (!persistentStoreCoordinator()) {
+        coordinator_ = gone;
+        return false;
+    }
+    if (context_) context_->setPersistentStoreCoordinator(coordinator_);
+    return true;
 }
 
 OrvaneManagedObjectContext* StoreStack::managedObjectContext() {

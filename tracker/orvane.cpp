@@ -3,6 +3,7 @@
 #include <mutex>
 
 #include "foundation/key_conversion.h"
+#include "tracker/postponed_samples.h"
 #include "util/color_text.h"
 #include "util/day_boundaries.h"
 
@@ -68,7 +69,7 @@ void Orvane::resetShared() {
     std::swap(ended, shared);
 }
 
-Orvane::Orvane() : platform_(Platform::current()) {
+Orvane::Orvane() : postponed_(std::make_unique<PostponedSamples>()), platform_(Platform::current()) {
     NotificationCenter& workspace = platform_.workspace().notificationCenter();
     const auto sleeps = [this](const Notification& notification) { willSleep(notification); };
     workspace.addObserver(
@@ -111,11 +112,22 @@ void Orvane::willSleep(const Notification&) { endRecording("Orvaning stopped due
 void Orvane::willTerminate(const Notification&) { endRecording("Orvaning stopped due to termination"); }
 
 void Orvane::endRecording(const char* logLine) {
+    storeStack_.followFile();
     if (isLogging() && currentRecording_) log(logLine);
-    if (currentRecording_) currentRecording_->setEndDate(orvaneSecondStart(platform_.clock().now()));
+    const Date now = orvaneSecondStart(platform_.clock().now());
+    const bool waits = !postponed_->isEmpty();
+    if (waits)
+        postponed_->add({.kind = Sample::Kind::end, .second = now}, nullptr);
+    else if (currentRecording_)
+        currentRecording_->setEndDate(now);
     setCurrentRecording(nullptr);
-    // What cannot be saved stays in the context for the next save.
-    if (ManagedObjectContext* context = managedObjectContext()) context->save();
+    if (ManagedObjectContext* context = managedObjectContext()) {
+        std::optional<WriteScope> scope;
+        if (waits) scope.emplace(*context);
+        if (scope && !scope->isLockedOut()) recordPostponed(*context);
+        // What cannot be saved stays in the context for the next save.
+        context->save();
+    }
     stop(nullptr);
 }
 

@@ -13,7 +13,9 @@
 
 namespace orvane {
 
+class PostponedSamples;
 class RangeItem;
+struct Sample;
 
 // User defaults that the tracker reads.
 inline constexpr const char* orvaneEnabledDefault =
@@ -51,7 +53,9 @@ class ORVANE_EXPORT Orvane : public KeyedObject {
     void willTerminate(const Notification& notification);
 
     /// One sample: extends the current recording, or closes it and opens another, saves, and asks for the
-    /// next.
+    /// next. While another program holds the store's lock the samples wait in memory. A store that was
+    /// deleted, moved or replaced since the last poll is shown as an error, and recording begins afresh in
+    /// the file in its place.
     void poll();
 
     // The desktop as the tracker sees it
@@ -119,13 +123,15 @@ class ORVANE_EXPORT Orvane : public KeyedObject {
     void schedulePoll();
     bool isLogging() const;
     void log(const std::string& line) const;
-    Ref<OrvaneApp> applicationForSample(ManagedObjectContext& context, const std::string& identifier,
-                                        const Value& ownerName) const;
-    void switchTo(ManagedObjectContext& context, const Ref<OrvaneApp>& application, const Value& windowName,
-                  bool idle);
+    Date second(const Sample& sample) const;
+    void record(ManagedObjectContext& context, const Sample& sample);
+    void recordPostponed(ManagedObjectContext& context);
+    Ref<OrvaneApp> applicationForSample(ManagedObjectContext& context, const Sample& sample) const;
+    void switchTo(ManagedObjectContext& context, const Ref<OrvaneApp>& application, const Sample& sample);
 
     StoreStack storeStack_;
     Ref<OrvaneRecording> currentRecording_;
+    std::unique_ptr<PostponedSamples> postponed_;
     double idleTime_ = 0;
     Value enabled_;
     std::optional<double> idleThreshold_;

@@ -116,10 +116,12 @@ Store::Store(std::filesystem::path file, PreparedStore prepared, PrepareOptions 
       database_(std::move(prepared.database)),
       statements_(model) {}
 
-void Store::beginAhead(Transaction::Kind kind) {
+bool Store::beginAhead(Transaction::Kind kind, Error* error) {
     ahead_.reset();
-    auto transaction = std::make_unique<Transaction>(*database_, kind, nullptr);
-    if (transaction->begun()) ahead_ = std::move(transaction);
+    auto transaction = std::make_unique<Transaction>(*database_, kind, error);
+    if (!transaction->begun()) return false;
+    ahead_ = std::move(transaction);
+    return true;
 }
 
 bool Store::declareDerived(const EntityDescription& entity, std::span<const DerivedSeconds> derived,

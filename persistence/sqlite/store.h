@@ -56,8 +56,9 @@ class Store {
     /// A further connection, with all functions registered, for a context on another thread.
     std::unique_ptr<Database> openConnection(Error* error) const;
 
-    /// Begins a transaction ahead of the operations that are to share it, when the lock can be had.
-    void beginAhead(Transaction::Kind kind);
+    /// Begins a transaction ahead of the operations that are to share it. False, with an error, when that
+    /// fails, as when the lock cannot be had.
+    bool beginAhead(Transaction::Kind kind, Error* error);
     /// The transaction begun ahead, which ends with what is returned; none when there is none.
     std::unique_ptr<Transaction> takeTransaction() { return std::exchange(ahead_, nullptr); }
 
