@@ -59,9 +59,9 @@ sqlite::Database* ContextState::database(Error* error) {
 }
 
 sqlite::EntityStatements& ContextState::statements(std::size_t entityIndex) {
-    if (!parent_) return store()->statements(entityIndex);
-    if (ownStatements_.empty()) ownStatements_ = store()->copyOfStatements();
-    return ownStatements_[entityIndex];
+    if (!parent_) return store()->statements().of(entityIndex);
+    if (!ownStatements_) ownStatements_.emplace(coordinator_->model());
+    return ownStatements_->of(entityIndex);
 }
 
 const EntityDescription& ContextState::entityNamed(std::string_view name) const {

@@ -102,14 +102,19 @@ const std::string& EntityStatements::update(std::uint64_t written) {
     return text;
 }
 
+EntityStatements& StatementTexts::of(std::size_t entityIndex) {
+    EntityStatements& texts = texts_[entityIndex];
+    if (texts.tableName.empty()) texts = statementsFor(model_.entities()[entityIndex]);
+    return texts;
+}
+
 Store::Store(std::filesystem::path file, PreparedStore prepared, PrepareOptions options,
              const ManagedObjectModel& model)
     : file_(std::move(file)),
       identifier_(std::make_shared<const std::string>(std::move(prepared.storeIdentifier))),
       options_(std::move(options)),
-      database_(std::move(prepared.database)) {
-    for (const EntityDescription& entity : model.entities()) statements_.push_back(statementsFor(entity));
-}
+      database_(std::move(prepared.database)),
+      statements_(model) {}
 
 void Store::beginAhead(Transaction::Kind kind) {
     ahead_.reset();

@@ -30,9 +30,11 @@ bool configure(Database& database, Error* error) {
 }
 
 /// Every commit is on the disk when it returns. Set after the first look at the file, whose failures are told
-/// apart.
+/// apart; where SQLite was built with that as its default there is nothing to set.
 bool commitDurably(Database& database, Error* error) {
-    return database.execute("PRAGMA synchronous = FULL", error);
+    static const bool isDefault = sqlite3_compileoption_used("DEFAULT_SYNCHRONOUS=2") != 0 &&
+                                  sqlite3_compileoption_used("DEFAULT_WAL_SYNCHRONOUS=2") != 0;
+    return isDefault || database.execute("PRAGMA synchronous = FULL", error);
 }
 
 bool isMode(const std::string& mode, const char* name) { return sqlite3_stricmp(mode.c_str(), name) == 0; }
