@@ -25,6 +25,8 @@ constexpr std::size_t undoSteps = 20;
 
 Date dateAt(std::int64_t seconds) { return dateFromSecondsSinceEpoch(static_cast<double>(seconds)); }
 
+std::string titleOf(std::int64_t number) { return "Document " + std::to_string(number) + " — draft"; }
+
 std::string applicationName(std::int64_t number) { return "org.example.App" + std::to_string(number); }
 
 /// Seconds of each application below the items.
@@ -49,6 +51,9 @@ LongUse::LongUse(Desk& desk, const std::filesystem::path& folder, std::uint64_t 
     dayBegin_ = static_cast<std::int64_t>(
         secondsSinceEpoch(orvaneDayStart(dateAt(desk_.platform().clock().wallTime().count() / 1'000'000))));
     dayBegin_ += dayLength;
+    for (std::int64_t application = 0; application < applications; ++application)
+        for (std::int64_t title = 0; title < titles; ++title)
+            ledger_.reserve(applicationName(application), titleOf(title));
     OrvaneManagedObjectContext& context = *desk_.context();
     context.undoManager()->setLevelsOfUndo(undoSteps);
     for (std::size_t i = 0; i < groups; ++i) OrvaneGroup::insertInManagedObjectContext(context);
@@ -98,7 +103,7 @@ void LongUse::work(std::int64_t seconds) {
 Stretch LongUse::makeStretch(std::int64_t most) {
     // Few applications have most of the use.
     const std::int64_t application = upTo(upTo(applications - 1));
-    const auto title = [&] { return "Document " + std::to_string(upTo(titles - 1)) + " — draft"; };
+    const auto title = [&] { return titleOf(upTo(titles - 1)); };
     Stretch stretch{
         applicationName(application), title(), std::min(most, 5 + upTo(upTo(20 * minute))), {}, 0, {}};
     if (upTo(3) == 0) {
@@ -215,13 +220,13 @@ void LongUse::compareWithFile() {
         "JOIN Application a ON r.application = a._id GROUP BY 1, 2, 3",
         -1, &statement, nullptr);
     const std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)> query(statement, sqlite3_finalize);
-    UseLedger::Lines found;
+    UseLedger::Lines found = ledger_.lines();
+    for (auto& [line, seconds] : found) seconds = 0;
     const auto text = [&](int column) {
         return std::string(reinterpret_cast<const char*>(sqlite3_column_text(statement, column)));
     };
     while (sqlite3_step(statement) == SQLITE_ROW)
-        if (const std::int64_t seconds = sqlite3_column_int64(statement, 3); seconds > 0)
-            found[{text(0), text(1), sqlite3_column_int(statement, 2) != 0}] = seconds;
+        found[{text(0), text(1), sqlite3_column_int(statement, 2) != 0}] = sqlite3_column_int64(statement, 3);
     for (const auto& [line, seconds] : found) compared_ += static_cast<std::uint64_t>(seconds);
     if (found != ledger_.lines()) complain("the file differs from the ledger");
 }

@@ -11,6 +11,10 @@ constexpr std::int64_t idleLimit = 120;    // seconds without input that are sti
 
 }  // namespace
 
+void UseLedger::reserve(const std::string& application, const std::string& title) {
+    for (const bool idle : {false, true}) lines_[{application, title, idle}] = 0;
+}
+
 void UseLedger::add(const Stretch& stretch, std::int64_t begin) {
     for (std::int64_t seen = 0; seen < stretch.length; seen += pollInterval) {
         const std::int64_t until = std::min(seen + pollInterval, stretch.length);
@@ -29,7 +33,8 @@ void UseLedger::add(const Stretch& stretch, std::int64_t begin) {
 }
 
 void UseLedger::erase(const std::string& application) {
-    std::erase_if(lines_, [&](const auto& line) { return line.first.application == application; });
+    for (auto& [line, seconds] : lines_)
+        if (line.application == application) seconds = 0;
 }
 
 void UseLedger::beginDay() {
@@ -40,7 +45,7 @@ void UseLedger::beginDay() {
 std::map<std::string, std::int64_t> UseLedger::used() const {
     std::map<std::string, std::int64_t> result;
     for (const auto& [line, seconds] : lines_)
-        if (!line.idle) result[line.application] += seconds;
+        if (!line.idle && seconds > 0) result[line.application] += seconds;
     return result;
 }
 

@@ -30,8 +30,10 @@ class UseLedger {
         bool idle = false;
         auto operator<=>(const Line&) const = default;
     };
-    using Lines = std::map<Line, std::int64_t>;  ///< seconds of each
+    using Lines = std::map<Line, std::int64_t>;  ///< seconds of each; 0 for some that were not used
 
+    /// Makes room for a line, so that what the ledger itself takes does not grow later.
+    void reserve(const std::string& application, const std::string& title);
     /// `begin` is the time of the activation, in seconds since the Unix epoch.
     void add(const Stretch& stretch, std::int64_t begin);
     /// The host deletes what was recorded of the application.
