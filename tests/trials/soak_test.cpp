@@ -9,7 +9,7 @@ namespace orvane::trials {
 namespace {
 
 TEST(Soak, ThreeWeeksOfUseAreCountedRightAndNothingGrows) {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     Soak soak(folder.path(), 1);
     while (soak.use().days() < 21 && soak.day()) {
     }
