@@ -16,7 +16,8 @@ void UseLedger::reserve(const std::string& application, const std::string& title
 }
 
 void UseLedger::add(const Stretch& stretch, std::int64_t begin) {
-    for (std::int64_t seen = 0; seen < stretch.length; seen += pollInterval) {
+    // A look in the last second sees no time, but that the user is there.
+    for (std::int64_t seen = 0; seen <= stretch.length; seen += pollInterval) {
         const std::int64_t until = std::min(seen + pollInterval, stretch.length);
         std::int64_t lastInput = 0;
         for (const std::int64_t input : stretch.inputs)
@@ -26,7 +27,7 @@ void UseLedger::add(const Stretch& stretch, std::int64_t begin) {
         const bool changed = stretch.titleChange > 0 && stretch.titleChange < seen;
         lines_[{stretch.application, changed ? stretch.otherTitle : stretch.title, idle}] += until - seen;
         if (idle) continue;
-        today_[stretch.application] += until - seen;
+        if (until > seen) today_[stretch.application] += until - seen;
         if (!presence_) presence_.emplace(begin + seen, 0);
         presence_->second = begin + until;
     }
