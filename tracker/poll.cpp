@@ -43,6 +43,7 @@ void Orvane::poll() {
     UndoManager* undoManager = context->undoManager();
     if (undoManager) undoManager->disableUndoRegistration();
 
+    bool continues = false;
     std::optional<WriteScope> scope;
     if (const std::optional<Dictionary> window = currentWindow()) {
         const Value identifier = (*window)[kCGWindowOwnerBundleIdentifier];
@@ -69,8 +70,8 @@ void Orvane::poll() {
         const Ref<OrvaneApp> application =
             applicationForSample(*context, *identifier.asString(), (*window)[kCGWindowOwnerName]);
 
-        const bool continues = sameText(windowName, previousName) && previousIdle == idle &&
-                               sameText(identifier, previousIdentifier);
+        continues = sameText(windowName, previousName) && previousIdle == idle &&
+                    sameText(identifier, previousIdentifier);
         if (!continues) switchTo(*context, application, windowName, idle);
     }
 
@@ -84,7 +85,9 @@ void Orvane::poll() {
     // What cannot be saved stays in the context, and the next poll tries again.
     context->save();
     if (undoManager) undoManager->enableUndoRegistration();
-    schedulePoll();
+    // A recording that another program deleted is found gone by the save; what goes on is recorded anew.
+    const bool isGone = continues && currentRecording_ && currentRecording_->isFault();
+    schedulePoll(isGone ? 0 : pollInterval);
 }
 
 Ref<OrvaneApp> Orvane::applicationForSample(ManagedObjectContext& context, const std::string& identifier,
