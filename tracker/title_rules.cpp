@@ -22,12 +22,13 @@ std::nullopt_t refuse(Error* error, std::size_t rule, const std::string& what) {
     return std::nullopt;
 }
 
-/// Where a pattern cannot be read: the pattern, a caret below the place, what is wrong there.
-std::string placeInPattern(const std::string& pattern, std::size_t position, const std::string& what) {
-    const std::size_t place = std::min(position, pattern.size());
-    const auto column = g_utf8_strlen(pattern.c_str(), static_cast<gssize>(place));
+/// Where a pattern cannot be read: the pattern, a caret below the place, what is wrong there. The place
+/// counts characters.
+std::string placeInPattern(const std::string& pattern, std::size_t place, const std::string& what) {
+    const auto length =
+        static_cast<std::size_t>(g_utf8_strlen(pattern.data(), static_cast<gssize>(pattern.size())));
     return "has a pattern that cannot be read:\n  " + pattern + "\n  " +
-           std::string(static_cast<std::size_t>(column), ' ') + "^ " + what;
+           std::string(std::min(place, length), ' ') + "^ " + what;
 }
 
 }  // namespace
