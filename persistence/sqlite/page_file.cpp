@@ -146,26 +146,23 @@ PageBytes PageFile::page(std::uint32_t number) const {
     return {bytes_ + start, usableSize_};
 }
 
-/// The size at which the most of the file is taken up by pages that look like a table's.
+/// Pages of tables begin at every multiple of the size, and so at every multiple of a smaller one, but only
+/// at some multiples of a larger one.
 std::size_t PageFile::guessedPageSize() const {
-    std::size_t best = 4096;
-    std::size_t mostBytes = 0;
-    for (const std::size_t size : {4096, 1024, 2048, 8192, 16384, 32768, 65536, 512}) {
+    const auto pagesOfTables = [&](std::size_t size) {
         std::size_t found = 0;
         for (std::size_t start = 0; start + size <= size_; start += size) {
             const PageBytes page(bytes_ + start, size);
             const std::size_t cells = bigEndian(page, 3, 2);
             const std::size_t content = bigEndian(page, 5, 2);
-            if (page[0] == leafTable && page[7] <= 60 && cells > 0 && 8 + 2 * cells <= content &&
-                content < size)
-                found += size;
+            if (page[0] == leafTable && page[7] <= 60 && cells > 0 && 8 + 2 * cells <= content) ++found;
         }
-        if (found > mostBytes) {
-            mostBytes = found;
-            best = size;
-        }
-    }
-    return best;
+        return found;
+    };
+    const std::size_t most = pagesOfTables(512);
+    for (std::size_t size = 65536; most > 0 && size > 512; size /= 2)
+        if (pagesOfTables(size) * 10 >= most * 9) return size;
+    return most > 0 ? 512 : 4096;
 }
 
 TreePage::TreePage(const PageFile& file, std::uint32_t number)

@@ -285,12 +285,13 @@ class Recovery {
         advance("Saving", 0, 0);
         for (std::size_t i = 0; i < entities.size(); ++i) {
             const sqlite::SalvageCount& count = salvage.count(i);
+            std::int64_t last = std::max(store.lastKey(entities[i]), schema.lastKey(entities[i]));
+            const std::uint64_t missing = store.missingKeys(entities[i], salvage.holes(i), last);
             const std::uint64_t standIns = store.addStandIns(entities[i], options_);
-            const std::int64_t last = std::max(store.lastKey(entities[i]), schema.lastKey(entities[i]));
+            last = std::max(last, store.lastKey(entities[i]));
             store.setLastKey(entities[i], last);
             report_.damagedPages += count.damagedPages;
-            report_.entities.push_back({entities[i].name, count.rows, count.looseRows,
-                                        store.missingKeys(entities[i], salvage.holes(i), last), standIns});
+            report_.entities.push_back({entities[i].name, count.rows, count.looseRows, missing, standIns});
         }
         return store.finish();
     }

@@ -27,7 +27,8 @@ class Check : public testing::Test {
         EXPECT_TRUE(bytesOf(store()) == changed) << "a check wrote to the store";
         writeBytes(store(), before);
         std::string result = std::to_string(run.status) + ":";
-        for (const auto& finding : run.json()["findings"])
+        const nlohmann::json report = run.json();
+        for (const auto& finding : report["findings"])
             result += " " + finding["kind"].get<std::string>() + " " +
                       std::to_string(finding["rows"].get<int>()) + " " + finding["what"].get<std::string>() +
                       ";";

