@@ -13,19 +13,10 @@
 
 #include "tests/fuzz/mutator.h"
 
-extern "C" {
-int fuzz_bus_replies(const std::uint8_t* data, std::size_t size);
-int fuzz_buckets(const std::uint8_t* data, std::size_t size);
-int fuzz_colors(const std::uint8_t* data, std::size_t size);
-int fuzz_csv(const std::uint8_t* data, std::size_t size);
-int fuzz_database(const std::uint8_t* data, std::size_t size);
-int fuzz_json_lines(const std::uint8_t* data, std::size_t size);
-int fuzz_model(const std::uint8_t* data, std::size_t size);
-int fuzz_predicate(const std::uint8_t* data, std::size_t size);
-int fuzz_settings(const std::uint8_t* data, std::size_t size);
-int fuzz_strings(const std::uint8_t* data, std::size_t size);
-int fuzz_trace(const std::uint8_t* data, std::size_t size);
-}
+// Each target of the build, under the name that its entry has there.
+#define FUZZ_TARGET(name) extern "C" int fuzz_##name(const std::uint8_t* data, std::size_t size);
+#include "fuzz/targets.inc"
+#undef FUZZ_TARGET
 
 namespace orvane::test {
 namespace {
@@ -33,20 +24,18 @@ namespace {
 struct Target {
     const char* name;
     int (*run)(const std::uint8_t* data, std::size_t size);
-    std::size_t mutations;
 };
 
-constexpr Target targets[] = {{"bus_replies", fuzz_bus_replies, 4000},
-                              {"buckets", fuzz_buckets, 1500},
-                              {"colors", fuzz_colors, 4000},
-                              {"csv", fuzz_csv, 1500},
-                              {"database", fuzz_database, 400},
-                              {"json_lines", fuzz_json_lines, 1500},
-                              {"model", fuzz_model, 3000},
-                              {"predicate", fuzz_predicate, 1500},
-                              {"settings", fuzz_settings, 2500},
-                              {"strings", fuzz_strings, 2500},
-                              {"trace", fuzz_trace, 3000}};
+constexpr Target targets[] = {
+#define FUZZ_TARGET(name) {#name, fuzz_##name},
+#include "fuzz/targets.inc"
+#undef FUZZ_TARGET
+};
+
+/// How many changed inputs are run. Those of databases are slow.
+std::size_t mutationsOf(const Target& target) {
+    return std::string_view(target.name) == "database" ? 400 : 2500;
+}
 
 std::vector<std::string> corpusOf(const std::string& name) {
     std::vector<std::filesystem::path> files;
@@ -99,8 +88,8 @@ TEST_P(Fuzz, Short) {
     for (const std::string& seed : corpus) run(target, seed);
     constexpr std::uint32_t seed = 20260302;
     Mutator mutator(corpus, seed);
-    for (std::size_t i = 0; i < target.mutations; ++i) run(target, mutator.next());
-    std::cout << "fuzzed " << corpus.size() + target.mutations << " inputs (" << target.name << ")\n";
+    for (std::size_t i = 0; i < mutationsOf(target); ++i) run(target, mutator.next());
+    std::cout << "fuzzed " << corpus.size() + mutationsOf(target) << " inputs (" << target.name << ")\n";
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Fuzz, testing::ValuesIn(targets),
