@@ -34,7 +34,7 @@ constexpr Target targets[] = {
 
 /// How many changed inputs are run. Those of databases are slow.
 std::size_t mutationsOf(const Target& target) {
-    return std::string_view(target.name) == "database" ? 400 : 2500;
+    return std::string_view(target.name) == "database" ? 300 : 2500;
 }
 
 std::vector<std::string> corpusOf(const std::string& name) {

@@ -54,6 +54,7 @@ TEST(PrivacyCommand, DoesNotTouchRulesThatItCannotRead) {
         EXPECT_EQ(refused.status, 1);
         EXPECT_NE(refused.errors.find("no title is recorded"), std::string::npos) << refused.errors;
     }
+    EXPECT_NE(runProgram({"doctor"}).output.find("no title is recorded"), std::string::npos);
     EXPECT_EQ(bytesOf(settings), text);
     std::filesystem::remove(settings);
 }
