@@ -62,6 +62,7 @@ set(ORVANE_PUBLIC_HEADERS
     store/orvane_recording.h
     store/store_stack.h
     tracker/orvane.h
+    tracker/title_rules.h
     util/character_set.h
     util/color_text.h
     util/day_boundaries.h

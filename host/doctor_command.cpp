@@ -71,6 +71,11 @@ void examineSettings(LinuxPlatform& platform, std::vector<Finding>& findings) {
         findings.push_back(
             {"settings", enabled.boolValue(),
              path + (enabled.boolValue() ? ": tracking is on" : ": tracking is off: `orvane enable`")});
+    Error error;
+    if (!TitleRules::read(platform.userDefaults().objectForKey(orvaneTitleRulesDefault), &error))
+        findings.push_back(
+            {"title rules", false,
+             path + ": " + error.localizedDescription() + " Until that is mended, no title is recorded"});
 }
 
 void examineStore(const std::optional<std::filesystem::path>& folder, std::vector<Finding>& findings) {

@@ -26,7 +26,7 @@ class Store;
 struct PersistentStoreOptions {
     bool migratePersistentStoresAutomatically = false;  ///< bring a file of an older model up to date
     bool inferMappingModel = false;                     ///< … by comparing the two models
-    std::map<std::string, std::string> pragmas;         ///< SQLite pragmas; "journal_mode" is known
+    std::map<std::string, std::string> pragmas;         ///< "journal_mode", "secure_delete", "locking_mode"
     std::string fileSystem;                             ///< SQLite VFS; empty for the usual one
     int busyTimeoutMilliseconds = 50;                   ///< how long another program's lock is waited for
 };

@@ -48,6 +48,8 @@ std::optional<std::filesystem::path> StoreStack::usableFolder() const {
                   "Expected a folder to store application data, found a file (" + folder.string() + ")."));
         return std::nullopt;
     }
+    // A folder that the host named may be shared on purpose; ours is not.
+    if (!url_) files.restrictToUser(folder);
     return folder;
 }
 

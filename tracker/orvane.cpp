@@ -59,7 +59,7 @@ Orvane& Orvane::sharedOrvane(const std::optional<std::filesystem::path>& url) {
         tracker = shared.get();
     }
     // Outside the lock: delivering the value may run a poll, and whoever that tells may ask for the tracker.
-    if (isNew) tracker->followEnabledDefault();
+    if (isNew) tracker->followDefaults();
     return *tracker;
 }
 
@@ -88,7 +88,10 @@ Orvane::~Orvane() {
     platform_.workspace().notificationCenter().removeObserver(this);
 }
 
-void Orvane::followEnabledDefault() {
+void Orvane::followDefaults() {
+    // First the rules: the other value may begin to record.
+    titleRulesBinding_ = platform_.userDefaults().bind(
+        orvaneTitleRulesDefault, [this](const Value& value) { takeUserTitleRules(value); });
     enabledBinding_ = platform_.userDefaults().bind(orvaneEnabledDefault,
                                                     [this](const Value& value) { setEnabled(value); });
 }
@@ -131,9 +134,8 @@ void Orvane::endRecording(const char* logLine) {
     stop(nullptr);
 }
 
-void Orvane::schedulePoll() {
-    constexpr double interval = 10.0;  // seconds
-    platform_.runLoop().performSelector(this, pollSelector, interval, [this] { poll(); });
+void Orvane::schedulePoll(double delay) {
+    platform_.runLoop().performSelector(this, pollSelector, delay, [this] { poll(); });
 }
 
 void Orvane::setEnabled(const Value& enabled) {
@@ -150,6 +152,26 @@ void Orvane::setEnabled(const Value& enabled) {
 void Orvane::setIdleThreshold(std::optional<double> minutes) {
     const AnnouncedChange change(*this, "idleThreshold");
     idleThreshold_ = minutes;
+}
+
+void Orvane::setTitleRules(TitleRules rules) {
+    hostTitleRules_ = std::move(rules);
+    applyTitleRules();
+}
+
+void Orvane::takeUserTitleRules(const Value& value) {
+    Error error;
+    auto rules = TitleRules::read(value, &error);
+    // Nobody can tell what a rule was meant to hide that cannot be read.
+    if (!rules) log("Every window title is left out. " + error.localizedDescription());
+    userTitleRules_ = rules ? std::move(*rules) : TitleRules::hidingAll();
+    applyTitleRules();
+}
+
+void Orvane::applyTitleRules() {
+    if (!currentRecording_) return;
+    platform_.runLoop().cancelPreviousPerformRequests(this, pollSelector);
+    poll();
 }
 
 void Orvane::setIdleTime(double seconds) {

@@ -73,7 +73,8 @@ void Orvane::poll() {
     // What cannot be saved stays in the context, and the next poll tries again.
     context->save();
     if (undoManager) undoManager->enableUndoRegistration();
-    schedulePoll();
+    // A recording that another program deleted is found gone by the save; what goes on is recorded anew.
+    schedulePoll(currentRecording_ && currentRecording_->isFault() ? 0 : pollInterval);
 }
 
 /// Now, for a sample that did not have to wait.

@@ -47,6 +47,8 @@ bool demandPlainFile(const std::filesystem::path& file, bool create, Error* erro
         const int descriptor =
             ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600);
         if (descriptor >= 0) {
+            // Whatever the umask: without rights of our own it could not be opened again.
+            ::fchmod(descriptor, 0600);
             ::close(descriptor);
             return true;
         }
