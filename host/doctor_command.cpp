@@ -6,6 +6,7 @@
 
 #include "host/command.h"
 #include "host/reading_platform.h"
+#include "platform/linux/desktop_choice.h"
 #include "platform/linux/error_presenter.h"
 #include "platform/linux/linux_platform.h"
 #include "platform/linux/session/session_monitor.h"
@@ -38,8 +39,8 @@ void waitForSession(const SessionMonitor& session) {
 }
 
 void examineDesktop(LinuxPlatform& platform, std::vector<Finding>& findings) {
-    DesktopBackend* desktop = platform.desktop();
-    if (!desktop || !desktop->isAvailable()) {
+    DesktopChoice& desktop = platform.desktop();
+    if (!desktop.isAvailable()) {
         findings.push_back({"display", false,
                             std::getenv("DISPLAY")
                                 ? "the display server does not answer: check DISPLAY"
@@ -47,14 +48,14 @@ void examineDesktop(LinuxPlatform& platform, std::vector<Finding>& findings) {
                                   "DISPLAY"});
         return;
     }
-    findings.push_back({"display", true, desktop->name()});
+    findings.push_back({"display", true, desktop.name()});
     const auto frontmost = platform.workspace().frontmostApplication();
     findings.push_back({"frontmost application", true,
                         frontmost ? frontmost->bundleIdentifier.value_or("unknown") + " (process " +
                                         std::to_string(frontmost->processIdentifier) + ")"
                                   : "none at present"});
-    findings.push_back({"windows", true, std::to_string(desktop->windows().size()) + " on screen"});
-    const auto idle = desktop->idleSeconds();
+    findings.push_back({"windows", true, std::to_string(desktop.windows().size()) + " on screen"});
+    const auto idle = desktop.idleSeconds();
     findings.push_back({"idle time", idle.has_value(),
                         idle ? std::to_string(static_cast<long long>(*idle)) + " seconds since the last input"
                              : "the display server does not tell: its screen-saver extension is missing"});

@@ -1,5 +1,6 @@
 #include "platform/linux/linux_platform.h"
 
+#include "platform/linux/desktop_choice.h"
 #include "platform/linux/session/session_monitor.h"
 #ifdef ORVANE_HAS_X11
 #include "platform/linux/x11/x11_backend.h"
@@ -14,9 +15,11 @@ LinuxPlatform::~LinuxPlatform() = default;
 void LinuxPlatform::connect() {
     if (session_) return;
     session_ = std::make_unique<SessionMonitor>();
-#ifdef ORVANE_HAS_X11
-    desktop_ = std::make_unique<X11Backend>();
-#endif
+    desktop_ = std::make_unique<DesktopChoice>();
+    addWindowBackends();
+    addIdleSources();
+    addScreenPowerSources();
+    desktop_->start();
     workspace_.setBackend(desktop_.get());
     windowServer_.setBackend(desktop_.get());
     workspace_.onUserSeen = [this] { session_->userIsBack(); };
@@ -29,6 +32,16 @@ void LinuxPlatform::connect() {
     session_->start();
 }
 
+void LinuxPlatform::addWindowBackends() {
+#ifdef ORVANE_HAS_X11
+    desktop_->addForNoCompositor([] { return std::make_unique<X11Backend>(); });
+#endif
+}
+
+void LinuxPlatform::addIdleSources() {}
+
+void LinuxPlatform::addScreenPowerSources() {}
+
 LinuxWorkspace& LinuxPlatform::workspace() {
     connect();
     return workspace_;
@@ -39,9 +52,9 @@ LinuxWindowServer& LinuxPlatform::windowServer() {
     return windowServer_;
 }
 
-DesktopBackend* LinuxPlatform::desktop() {
+DesktopChoice& LinuxPlatform::desktop() {
     connect();
-    return desktop_.get();
+    return *desktop_;
 }
 
 SessionMonitor& LinuxPlatform::session() {

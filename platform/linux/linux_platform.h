@@ -18,6 +18,7 @@
 
 namespace orvane {
 
+class DesktopChoice;
 class SessionMonitor;
 
 /// The running Linux desktop. Display and buses are looked for when the workspace, the windows or the session
@@ -40,12 +41,15 @@ class LinuxPlatform : public Platform {
 
     // For diagnoses.
 
-    /// The desktop in use; none when the library was built without any.
-    DesktopBackend* desktop();
+    DesktopChoice& desktop();
     SessionMonitor& session();
 
   private:
     void connect();
+    // Each in order of preference.
+    void addWindowBackends();
+    void addIdleSources();
+    void addScreenPowerSources();
 
     SystemLog log_;
     SystemClock clock_;
@@ -56,7 +60,7 @@ class LinuxPlatform : public Platform {
     SettingsFile userDefaults_{SettingsFile::defaultPath(), log_};
     GlibRunLoop runLoop_;
     ApplicationDirectory directory_;
-    std::unique_ptr<DesktopBackend> desktop_;
+    std::unique_ptr<DesktopChoice> desktop_;
     LinuxWorkspace workspace_{directory_};
     LinuxWindowServer windowServer_{directory_};
     /// Last, since its notices reach the others until it is gone. Set once all is connected.
