@@ -2,6 +2,16 @@
 
 #include "platform/linux/desktop_choice.h"
 #include "platform/linux/session/session_monitor.h"
+#include "platform/linux/sway/sway_backend.h"
+#ifdef ORVANE_HAS_WAYLAND
+#include "platform/linux/wayland/ext_idle_source.h"
+#include "platform/linux/wayland/foreign_toplevel_backend.h"
+#ifdef ORVANE_HAS_PLASMA_PROTOCOLS
+#include "platform/linux/wayland/kde_idle_source.h"
+#endif
+#include "platform/linux/wayland/wayland_display.h"
+#include "platform/linux/wayland/wlr_screen_power.h"
+#endif
 #ifdef ORVANE_HAS_X11
 #include "platform/linux/x11/x11_backend.h"
 #endif
@@ -10,15 +20,28 @@ namespace orvane {
 
 LinuxPlatform::LinuxPlatform() = default;
 
-LinuxPlatform::~LinuxPlatform() = default;
+LinuxPlatform::~LinuxPlatform() {
+#ifdef ORVANE_HAS_WAYLAND
+    // Those who listen to it go first.
+    if (waylandDisplay_) waylandDisplay_->disconnect();
+#endif
+}
 
 void LinuxPlatform::connect() {
     if (session_) return;
     session_ = std::make_unique<SessionMonitor>();
     desktop_ = std::make_unique<DesktopChoice>();
+#ifdef ORVANE_HAS_WAYLAND
+    waylandDisplay_ = std::make_unique<WaylandDisplay>();
+    waylandDisplay_->onAnswersChanged = [this](bool answers) { desktop_->setCompositorAnswers(answers); };
+#endif
     addWindowBackends();
     addIdleSources();
     addScreenPowerSources();
+#ifdef ORVANE_HAS_WAYLAND
+    waylandDisplay_->start();
+    desktop_->setCompositorAnswers(waylandDisplay_->answers());
+#endif
     desktop_->start();
     workspace_.setBackend(desktop_.get());
     windowServer_.setBackend(desktop_.get());
@@ -33,14 +56,30 @@ void LinuxPlatform::connect() {
 }
 
 void LinuxPlatform::addWindowBackends() {
+    desktop_->add(std::make_unique<SwayBackend>());
+#ifdef ORVANE_HAS_WAYLAND
+    desktop_->add(std::make_unique<ForeignToplevelBackend>(*waylandDisplay_));
+#endif
 #ifdef ORVANE_HAS_X11
     desktop_->addForNoCompositor([] { return std::make_unique<X11Backend>(); });
 #endif
 }
 
-void LinuxPlatform::addIdleSources() {}
+void LinuxPlatform::addIdleSources() {
+#ifdef ORVANE_HAS_WAYLAND
+    const bool heldBack = userDefaults_.boolForKey(idleHeldBackByInhibitorsDefault);
+    desktop_->add(std::make_unique<ExtIdleSource>(*waylandDisplay_, heldBack));
+#ifdef ORVANE_HAS_PLASMA_PROTOCOLS
+    desktop_->add(std::make_unique<KdeIdleSource>(*waylandDisplay_));
+#endif
+#endif
+}
 
-void LinuxPlatform::addScreenPowerSources() {}
+void LinuxPlatform::addScreenPowerSources() {
+#ifdef ORVANE_HAS_WAYLAND
+    desktop_->add(std::make_unique<WlrScreenPower>(*waylandDisplay_));
+#endif
+}
 
 LinuxWorkspace& LinuxPlatform::workspace() {
     connect();

@@ -20,6 +20,7 @@ namespace orvane {
 
 class DesktopChoice;
 class SessionMonitor;
+class WaylandDisplay;
 
 /// The running Linux desktop. Display and buses are looked for when the workspace, the windows or the session
 /// are first asked for, so a program that only reads settings touches neither.
@@ -60,6 +61,9 @@ class LinuxPlatform : public Platform {
     SettingsFile userDefaults_{SettingsFile::defaultPath(), log_};
     GlibRunLoop runLoop_;
     ApplicationDirectory directory_;
+#ifdef ORVANE_HAS_WAYLAND
+    std::unique_ptr<WaylandDisplay> waylandDisplay_;
+#endif
     std::unique_ptr<DesktopChoice> desktop_;
     LinuxWorkspace workspace_{directory_};
     LinuxWindowServer windowServer_{directory_};
