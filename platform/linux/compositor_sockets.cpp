@@ -64,7 +64,7 @@ std::vector<std::string> waylandSockets() {
 
 std::vector<std::string> swaySockets() {
     if (isX11Session()) return {};
-    return withFirst(variable("SWAYSOCK"), socketsNamed("sway-ipc." + std::to_string(getuid()) + '.'));
+    return withFirst(variable("SWAYSOCK"), socketsNamed("sway-ipc."));
 }
 
 int connectToSocket(const std::string& path) {
