@@ -43,6 +43,8 @@ class DesktopBackend {
     /// Seconds since the user's last input; none when the desktop itself does not tell, as on Wayland, where
     /// an IdleSource may.
     virtual std::optional<double> idleSeconds() { return std::nullopt; }
+    /// Whether onScreenSleepChanged is ever called.
+    virtual bool tellsScreenSleep() const { return false; }
     /// What is missing, where this is the desktop that the backend is made for; else none.
     virtual std::optional<Shortcoming> shortcoming() const { return std::nullopt; }
 

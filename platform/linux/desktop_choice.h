@@ -48,6 +48,7 @@ class DesktopChoice : public DesktopBackend {
 
     // For diagnoses.
 
+    bool compositorAnswers() const { return compositorAnswers_; }
     /// None when no backend answers.
     DesktopBackend* backendInUse() const { return backend_; }
     /// None when no source answers; the backend in use may know by itself.
@@ -65,6 +66,7 @@ class DesktopChoice : public DesktopBackend {
     std::optional<DesktopWindow> activeWindow() override;
     std::vector<DesktopWindow> windows() override;
     std::optional<double> idleSeconds() override;
+    bool tellsScreenSleep() const override { return true; }
 
   private:
     struct Candidate {

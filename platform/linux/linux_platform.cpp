@@ -1,6 +1,7 @@
 #include "platform/linux/linux_platform.h"
 
 #include "platform/linux/desktop_choice.h"
+#include "platform/linux/desktop_diagnosis.h"
 #include "platform/linux/session/session_monitor.h"
 #include "platform/linux/sway/sway_backend.h"
 #ifdef ORVANE_HAS_WAYLAND
@@ -52,7 +53,25 @@ void LinuxPlatform::connect() {
     session_->onEnd = [this] {
         defaultNotificationCenter().post(NSApplicationWillTerminateNotification, &hostApplication_);
     };
+    desktop_->onChoiceChanged = [this] { healthMayHaveChanged(); };
+    session_->onStatusChanged = [this] { healthMayHaveChanged(); };
     session_->start();
+    toldHealth_ = withoutSights(desktopHealth());
+}
+
+std::vector<ServiceHealth> LinuxPlatform::desktopHealth() {
+    connect();
+    return diagnoseDesktop(*desktop_, workspace_, *session_);
+}
+
+void LinuxPlatform::healthMayHaveChanged() {
+    if (healthTimer_.isPending()) return;
+    healthTimer_.start(0, [this] {
+        auto health = withoutSights(desktopHealth());
+        if (health == toldHealth_) return;
+        toldHealth_ = std::move(health);
+        defaultNotificationCenter().post(DesktopHealthDidChangeNotification, this);
+    });
 }
 
 void LinuxPlatform::addWindowBackends() {

@@ -9,6 +9,7 @@
 #include "platform/linux/linux_host_application.h"
 #include "platform/linux/linux_window_server.h"
 #include "platform/linux/linux_workspace.h"
+#include "platform/linux/main_loop_timer.h"
 #include "platform/linux/no_accessibility.h"
 #include "platform/linux/random_uuid_source.h"
 #include "platform/linux/settings_file.h"
@@ -39,6 +40,7 @@ class LinuxPlatform : public Platform {
     Clock& clock() override { return clock_; }
     LogSink& logSink() override { return log_; }
     UuidSource& uuidSource() override { return uuidSource_; }
+    std::vector<ServiceHealth> desktopHealth() override;
 
     // For diagnoses.
 
@@ -51,6 +53,7 @@ class LinuxPlatform : public Platform {
     void addWindowBackends();
     void addIdleSources();
     void addScreenPowerSources();
+    void healthMayHaveChanged();
 
     SystemLog log_;
     SystemClock clock_;
@@ -67,6 +70,9 @@ class LinuxPlatform : public Platform {
     std::unique_ptr<DesktopChoice> desktop_;
     LinuxWorkspace workspace_{directory_};
     LinuxWindowServer windowServer_{directory_};
+    /// As it was told last, without what is seen.
+    std::vector<ServiceHealth> toldHealth_;
+    MainLoopTimer healthTimer_;
     /// Last, since its notices reach the others until it is gone. Set once all is connected.
     std::unique_ptr<SessionMonitor> session_;
 };
