@@ -5,6 +5,7 @@
 
 #include "host/command.h"
 #include "host/reading_platform.h"
+#include "platform/linux/desktop_choice.h"
 #include "platform/linux/error_presenter.h"
 #include "platform/linux/linux_platform.h"
 #include "platform/linux/session/session_monitor.h"
@@ -13,8 +14,8 @@ namespace orvane::host {
 
 namespace {
 
-/// Lets the buses answer, for a moment at the most.
-void waitForSession(const SessionMonitor& session) {
+/// Lets the desktop and the buses answer, for a moment at the most.
+void waitForAnswers(LinuxPlatform& platform) {
     constexpr guint longestWait = 1500;  // milliseconds
     bool late = false;
     const guint timer = g_timeout_add(
@@ -24,7 +25,9 @@ void waitForSession(const SessionMonitor& session) {
             return G_SOURCE_CONTINUE;
         },
         &late);
-    while (!session.isDecided() && !late) g_main_context_iteration(nullptr, TRUE);
+    const auto& session = platform.session();
+    const auto& desktop = platform.desktop();
+    while (!(session.isDecided() && desktop.isDecided()) && !late) g_main_context_iteration(nullptr, TRUE);
     g_source_remove(timer);
 }
 
@@ -80,7 +83,7 @@ int runDoctor(const CommonOptions& options) {
     std::vector<ServiceHealth> findings;
     {
         LinuxPlatform platform;
-        waitForSession(platform.session());
+        waitForAnswers(platform);
         findings = platform.desktopHealth();
         examineSettings(platform, findings);
     }

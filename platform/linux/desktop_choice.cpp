@@ -176,6 +176,12 @@ std::vector<Shortcoming> DesktopChoice::screenPowerShortcomings() const {
 
 std::string DesktopChoice::name() const { return backend_ != nullptr ? backend_->name() : "none"; }
 
+bool DesktopChoice::isDecided() const {
+    return std::all_of(candidates_.begin(), candidates_.end(), [](const auto& candidate) {
+        return !candidate->backend || candidate->backend->isDecided();
+    });
+}
+
 std::optional<DesktopWindow> DesktopChoice::activeWindow() {
     return backend_ != nullptr ? backend_->activeWindow() : std::nullopt;
 }

@@ -63,6 +63,7 @@ class DesktopChoice : public DesktopBackend {
 
     std::string name() const override;
     bool isAvailable() const override { return backend_ != nullptr; }
+    bool isDecided() const override;
     std::optional<DesktopWindow> activeWindow() override;
     std::vector<DesktopWindow> windows() override;
     std::optional<double> idleSeconds() override;

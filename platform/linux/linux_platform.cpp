@@ -2,7 +2,11 @@
 
 #include "platform/linux/desktop_choice.h"
 #include "platform/linux/desktop_diagnosis.h"
+#include "platform/linux/gnome/gnome_backend.h"
+#include "platform/linux/gnome/mutter_idle_source.h"
+#include "platform/linux/gnome/mutter_screen_power.h"
 #include "platform/linux/session/session_monitor.h"
+#include "platform/linux/session/shared_bus.h"
 #include "platform/linux/sway/sway_backend.h"
 #ifdef ORVANE_HAS_WAYLAND
 #include "platform/linux/wayland/ext_idle_source.h"
@@ -31,6 +35,7 @@ LinuxPlatform::~LinuxPlatform() {
 void LinuxPlatform::connect() {
     if (session_) return;
     session_ = std::make_unique<SessionMonitor>();
+    desktopBus_ = std::make_unique<SharedBus>(BusLink::sessionBusAddress());
     desktop_ = std::make_unique<DesktopChoice>();
 #ifdef ORVANE_HAS_WAYLAND
     waylandDisplay_ = std::make_unique<WaylandDisplay>();
@@ -44,6 +49,7 @@ void LinuxPlatform::connect() {
     desktop_->setCompositorAnswers(waylandDisplay_->answers());
 #endif
     desktop_->start();
+    desktopBus_->open();
     workspace_.setBackend(desktop_.get());
     windowServer_.setBackend(desktop_.get());
     workspace_.onUserSeen = [this] { session_->userIsBack(); };
@@ -76,6 +82,7 @@ void LinuxPlatform::healthMayHaveChanged() {
 
 void LinuxPlatform::addWindowBackends() {
     desktop_->add(std::make_unique<SwayBackend>());
+    desktop_->add(std::make_unique<GnomeBackend>(*desktopBus_));
 #ifdef ORVANE_HAS_WAYLAND
     desktop_->add(std::make_unique<ForeignToplevelBackend>(*waylandDisplay_));
 #endif
@@ -85,19 +92,21 @@ void LinuxPlatform::addWindowBackends() {
 }
 
 void LinuxPlatform::addIdleSources() {
-#ifdef ORVANE_HAS_WAYLAND
     const bool heldBack = userDefaults_.boolForKey(idleHeldBackByInhibitorsDefault);
+#ifdef ORVANE_HAS_WAYLAND
     desktop_->add(std::make_unique<ExtIdleSource>(*waylandDisplay_, heldBack));
 #ifdef ORVANE_HAS_PLASMA_PROTOCOLS
     desktop_->add(std::make_unique<KdeIdleSource>(*waylandDisplay_));
 #endif
 #endif
+    desktop_->add(std::make_unique<MutterIdleSource>(*desktopBus_, heldBack));
 }
 
 void LinuxPlatform::addScreenPowerSources() {
 #ifdef ORVANE_HAS_WAYLAND
     desktop_->add(std::make_unique<WlrScreenPower>(*waylandDisplay_));
 #endif
+    desktop_->add(std::make_unique<MutterScreenPower>(*desktopBus_));
 }
 
 LinuxWorkspace& LinuxPlatform::workspace() {

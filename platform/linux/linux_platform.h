@@ -21,6 +21,7 @@ namespace orvane {
 
 class DesktopChoice;
 class SessionMonitor;
+class SharedBus;
 class WaylandDisplay;
 
 /// The running Linux desktop. Display and buses are looked for when the workspace, the windows or the session
@@ -67,6 +68,8 @@ class LinuxPlatform : public Platform {
 #ifdef ORVANE_HAS_WAYLAND
     std::unique_ptr<WaylandDisplay> waylandDisplay_;
 #endif
+    /// The session's, for those who ask the desktop over it.
+    std::unique_ptr<SharedBus> desktopBus_;
     std::unique_ptr<DesktopChoice> desktop_;
     LinuxWorkspace workspace_{directory_};
     LinuxWindowServer windowServer_{directory_};

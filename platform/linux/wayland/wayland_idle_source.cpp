@@ -1,20 +1,11 @@
 #include "platform/linux/wayland/wayland_idle_source.h"
 
 #include <algorithm>
-#include <ctime>
 #include <utility>
 
+#include "platform/linux/boot_time.h"
+
 namespace orvane {
-
-namespace {
-
-double secondsSinceBoot() {
-    timespec now{};
-    clock_gettime(CLOCK_BOOTTIME, &now);
-    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9;
-}
-
-}  // namespace
 
 void WaylandSeatIdle::becameIdle() { since_ = secondsSinceBoot() - timeoutMilliseconds / 1000.0; }
 
