@@ -18,7 +18,10 @@ INSTANTIATE_TEST_SUITE_P(All, DesktopTest, ::testing::ValuesIn(desktopKinds()),
 TEST_P(DesktopTest, TellsWindowsAsTheyChange) {
     auto& notes = openInFront("notes", "Shopping");
     EXPECT_EQ(platform().desktop().name(), GetParam().backend);
-    EXPECT_EQ(platform().workspace().frontmostApplication()->processIdentifier, notes.program->identifier());
+    if (desktop().tellsProcesses()) {
+        EXPECT_EQ(platform().workspace().frontmostApplication()->processIdentifier,
+                  notes.program->identifier());
+    }
     EXPECT_TRUE(told({"org.example.Notes"}));
     auto& mail = openInFront("mail", "Inbox");
     EXPECT_TRUE(told({"org.example.Mail"}));
@@ -37,7 +40,7 @@ TEST_P(DesktopTest, TellsWindowsAsTheyChange) {
 
     desktop().minimize(mail);
     EXPECT_TRUE(frontBecomes("none"));
-    EXPECT_TRUE(windowsBecome({}));
+    EXPECT_TRUE(windowsVanish());
     desktop().activate(mail);
     EXPECT_TRUE(frontBecomes("org.example.Mail: Inbox – 1 neue"));
 }
@@ -46,7 +49,7 @@ TEST_P(DesktopTest, AnEmptyDesktopHasNothingInFront) {
     openInFront("notes", "Shopping");
     desktop().showEmptyDesktop(true);
     EXPECT_TRUE(frontBecomes("none"));
-    EXPECT_TRUE(windowsBecome({}));
+    EXPECT_TRUE(windowsVanish());
     desktop().showEmptyDesktop(false);
     EXPECT_TRUE(frontBecomes("org.example.Notes: Shopping"));
 }
