@@ -25,6 +25,10 @@ std::vector<DesktopKind> desktopKinds() {
          {"sway", "swaymsg", "setpriv"},
          [] { return std::make_unique<SwayDesktop>(); },
          "sway (IPC)"},
+        {"wlroots",
+         {"sway", "swaymsg", "setpriv"},
+         [] { return std::make_unique<ToplevelDesktop>(); },
+         "wlr-foreign-toplevel-management"},
     };
 }
 

@@ -47,6 +47,13 @@ void SwayDesktop::minimize(Window& window) {
 
 void SwayDesktop::showEmptyDesktop(bool show) { tell(show ? "workspace empty" : "workspace back_and_forth"); }
 
+void ToplevelDesktop::start() {
+    SwayDesktop::start();
+    const auto hidden = folder() / "sway-ipc";
+    std::filesystem::rename(socket(), hidden);
+    setSocket(hidden.string());
+}
+
 void SwayDesktop::touch() { tell("seat seat0 cursor move 5 5"); }
 
 }  // namespace orvane

@@ -59,8 +59,13 @@ class TestDesktop {
     /// The machine is about to sleep, or has woken.
     void sleep(bool begins) { loginManager_->prepareFor("Sleep", begins); }
 
-    /// Whether a window that is behind all others is told in its place.
+    // What this desktop can tell.
+
+    /// The windows' order from the front to the back.
     virtual bool tellsOrder() const { return true; }
+    /// Which windows are put aside or on another workspace.
+    virtual bool tellsVisibility() const { return true; }
+    virtual bool tellsProcesses() const { return true; }
 
   protected:
     /// Ends the processes of the compositor.

@@ -113,6 +113,10 @@ template <typename Value>
     return becomes<std::vector<std::string>>([&] { return inOrder(windows()); }, inOrder(expected));
 }
 
+::testing::AssertionResult TrackedDesktop::windowsVanish() {
+    return desktop_->tellsVisibility() ? windowsBecome({}) : ::testing::AssertionSuccess();
+}
+
 ::testing::AssertionResult TrackedDesktop::told(const std::vector<std::string>& expected) {
     const auto result = becomes<std::vector<std::string>>([this] { return told_; }, expected);
     told_.clear();

@@ -80,6 +80,8 @@ class TrackedDesktop : public ::testing::TestWithParam<DesktopKind> {
     ::testing::AssertionResult becomes(const std::function<Value()>& read, const Value& expected);
     ::testing::AssertionResult frontBecomes(const std::string& expected);
     ::testing::AssertionResult windowsBecome(const std::vector<std::string>& expected);
+    /// No window is told any more, where put-aside ones are not.
+    ::testing::AssertionResult windowsVanish();
     /// What the workspace has told: "dark", "light", "sleep", "wake" and identifiers of applications.
     ::testing::AssertionResult told(const std::vector<std::string>& expected);
 

@@ -1,4 +1,4 @@
-#include "platform/linux/wayland/process_search.h"
+#include "platform/linux/process_search.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
