@@ -177,9 +177,12 @@ std::vector<Shortcoming> DesktopChoice::screenPowerShortcomings() const {
 std::string DesktopChoice::name() const { return backend_ != nullptr ? backend_->name() : "none"; }
 
 bool DesktopChoice::isDecided() const {
-    return std::all_of(candidates_.begin(), candidates_.end(), [](const auto& candidate) {
-        return !candidate->backend || candidate->backend->isDecided();
-    });
+    return std::all_of(candidates_.begin(), candidates_.end(),
+                       [](const auto& candidate) {
+                           return !candidate->backend || candidate->backend->isDecided();
+                       }) &&
+           std::all_of(idleSources_.begin(), idleSources_.end(),
+                       [](const auto& source) { return source->isDecided(); });
 }
 
 std::optional<DesktopWindow> DesktopChoice::activeWindow() {

@@ -2,6 +2,7 @@
 
 #include <glib.h>
 
+#include "tests/desktops/gnome_desktop.h"
 #include "tests/desktops/sway_desktop.h"
 #include "tests/desktops/x11_desktop.h"
 
@@ -29,6 +30,10 @@ std::vector<DesktopKind> desktopKinds() {
          {"sway", "swaymsg", "setpriv"},
          [] { return std::make_unique<ToplevelDesktop>(); },
          "wlr-foreign-toplevel-management"},
+        {"gnome",
+         {"gnome-shell", "setpriv"},
+         [] { return std::make_unique<GnomeDesktop>(); },
+         "GNOME Shell (extension)"},
     };
 }
 

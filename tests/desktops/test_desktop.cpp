@@ -62,11 +62,7 @@ TestDesktop::TestDesktop() {
     for (const char* name : {"run", "home", "session-bus", "system-bus"})
         fs::create_directory(folder_ / name);
     fs::permissions(folder_ / "run", fs::perms(0700));
-    for (const char* name : {"run", "home"}) {
-        if (geteuid() == 0 && chown((folder_ / name).c_str(), kUser, kUser) != 0) {
-            throw std::runtime_error("chown failed");
-        }
-    }
+    for (const char* name : {"run", "home"}) giveToUser(folder_ / name);
 
     sessionBus_ = std::make_unique<PrivateBus>((folder_ / "session-bus").string());
     systemBus_ = std::make_unique<PrivateBus>((folder_ / "system-bus").string());
@@ -114,6 +110,13 @@ void TestDesktop::setVariable(const std::string& name, const std::string& value)
     formerEnvironment_.emplace(name, former != nullptr ? std::optional<std::string>(former) : std::nullopt);
     setenv(name.c_str(), value.c_str(), 1);
     environment_[name] = value;
+}
+
+void TestDesktop::giveToUser(const fs::path& path) {
+    if (geteuid() != 0) return;
+    if (lchown(path.c_str(), kUser, kUser) != 0) throw std::runtime_error("chown failed");
+    if (!fs::is_directory(path)) return;
+    for (const auto& entry : fs::directory_iterator(path)) giveToUser(entry.path());
 }
 
 std::vector<std::string> TestDesktop::asUser(const std::vector<std::string>& command) {

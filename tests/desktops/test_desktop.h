@@ -77,6 +77,8 @@ class TestDesktop {
     /// The command as the user runs it whom the desktop belongs to: an ordinary one, since most compositors
     /// refuse the superuser.
     static std::vector<std::string> asUser(const std::vector<std::string>& command);
+    /// Makes files and folders the user's whom the desktop belongs to.
+    static void giveToUser(const std::filesystem::path& path);
     /// What all programs on the desktop have in their environment.
     const std::map<std::string, std::string>& environment() const { return environment_; }
     /// Sets a variable for the programs and for this process.

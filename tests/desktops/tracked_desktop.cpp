@@ -55,7 +55,11 @@ void TrackedDesktop::SetUp() {
         const Value identifier = notification.userInfo["NSApplicationBundleIdentifier"];
         told_.push_back(name != kShortNames.end() ? name->second : textOf(identifier));
     });
-    ASSERT_TRUE(waitUntil([this] { return platform_->session().isDecided(); }, kLongestWait));
+    ASSERT_TRUE(
+        waitUntil([this] { return platform_->session().isDecided() && platform_->desktop().isDecided(); },
+                  kLongestWait));
+    // Some desktops answer a moment after they were asked.
+    told_.clear();
 }
 
 void TrackedDesktop::TearDown() {

@@ -27,9 +27,11 @@ std::uint32_t watchNumber(GVariant* values) {
 }  // namespace
 
 MutterIdleSource::MutterIdleSource(SharedBus& bus, bool heldBackByInhibitors)
-    : heldBackByInhibitors_(heldBackByInhibitors) {
+    : sharedBus_(bus), heldBackByInhibitors_(heldBackByInhibitors) {
     bus.add(*this);
 }
+
+bool MutterIdleSource::isDecided() const { return bus_ != nullptr ? isDecided_ : sharedBus_.isDecided(); }
 
 std::string MutterIdleSource::name() const {
     return heldBackByInhibitors_ ? "Mutter idle monitor (held back by films and calls)"
@@ -58,6 +60,7 @@ void MutterIdleSource::owned(bool isOwned) {
     isInputAwaited_ = false;
     isAsking_ = false;
     restSince_.reset();
+    isDecided_ = false;
     if (!isOwned) {
         setAvailable(false);
         return;
@@ -67,11 +70,16 @@ void MutterIdleSource::owned(bool isOwned) {
                [this, owner = owner_](GVariant* values, GUnixFDList*) {
                    if (owner != owner_) return;
                    restWatch_ = watchNumber(values);
-                   setAvailable(restWatch_ != 0);
+                   if (restWatch_ == 0 || heldBackByInhibitors_) {
+                       setAvailable(restWatch_ != 0);
+                   } else {
+                       rest();
+                   }
                });
 }
 
 void MutterIdleSource::setAvailable(bool isAvailable) {
+    isDecided_ = true;
     if (std::exchange(isAvailable_, isAvailable) != isAvailable && onAvailabilityChanged) {
         onAvailabilityChanged(isAvailable);
     }
@@ -105,7 +113,10 @@ void MutterIdleSource::awaitInput() {
                [this, owner = owner_](GVariant* values, GUnixFDList*) {
                    if (owner != owner_) return;
                    inputWatch_ = watchNumber(values);
-                   isInputAwaited_ = inputWatch_ != 0;
+                   if (inputWatch_ != 0) return;
+                   // A monitor that does not tell the end of a rest is of no use.
+                   ++owner_;
+                   setAvailable(false);
                });
 }
 
@@ -114,16 +125,17 @@ void MutterIdleSource::askIdleTime() {
     bus_->call(monitor(), "GetIdletime", nullptr, [this, owner = owner_](GVariant* values, GUnixFDList*) {
         if (owner != owner_) return;
         isAsking_ = false;
-        if (values == nullptr || !g_variant_is_of_type(values, G_VARIANT_TYPE("(t)"))) return;
         guint64 milliseconds = 0;
-        g_variant_get(values, "(t)", &milliseconds);
-        if (milliseconds < restMilliseconds) return;
-        if (isInputAwaited_) {
-            // Asked for before this answer was given, so that no input lies between.
+        if (values != nullptr && g_variant_is_of_type(values, G_VARIANT_TYPE("(t)"))) {
+            g_variant_get(values, "(t)", &milliseconds);
+        }
+        if (milliseconds >= restMilliseconds && isInputAwaited_) {
+            // Awaited before this answer was given, so that no input lies between.
             restSince_ = secondsSinceBoot() - static_cast<double>(milliseconds) / 1000;
-        } else {
+        } else if (milliseconds >= restMilliseconds) {
             rest();
         }
+        setAvailable(true);
     });
 }
 

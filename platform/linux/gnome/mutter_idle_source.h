@@ -25,6 +25,7 @@ class MutterIdleSource : public IdleSource, public BusUser {
 
     std::string name() const override;
     bool isAvailable() const override { return isAvailable_; }
+    bool isDecided() const override;
     std::optional<double> idleSeconds() override;
 
     void busOpened(BusConnection& bus) override;
@@ -38,11 +39,13 @@ class MutterIdleSource : public IdleSource, public BusUser {
     void awaitInput();
     void askIdleTime();
 
+    SharedBus& sharedBus_;
     const bool heldBackByInhibitors_;
     BusConnection* bus_ = nullptr;
     BusToken nameWatch_;
     BusToken firedSignal_;
     bool isAvailable_ = false;
+    bool isDecided_ = false;
     /// Counts the owners of the monitor's name: an answer from an earlier one is void.
     unsigned owner_ = 0;
     /// Numbers of the watches; 0 while there is none.
