@@ -1,5 +1,7 @@
 #include "platform/linux/linux_platform.h"
 
+#include "platform/linux/accessibility/accessibility_backend.h"
+#include "platform/linux/accessibility/atspi_accessibility.h"
 #include "platform/linux/desktop_choice.h"
 #include "platform/linux/desktop_diagnosis.h"
 #include "platform/linux/gnome/gnome_backend.h"
@@ -36,6 +38,8 @@ void LinuxPlatform::connect() {
     if (session_) return;
     session_ = std::make_unique<SessionMonitor>();
     desktopBus_ = std::make_unique<SharedBus>(BusLink::sessionBusAddress());
+    accessibilityBus_ = std::make_unique<AccessibilityBus>(*desktopBus_);
+    accessibility_ = std::make_unique<AtspiAccessibility>(*accessibilityBus_);
     desktop_ = std::make_unique<DesktopChoice>();
 #ifdef ORVANE_HAS_WAYLAND
     waylandDisplay_ = std::make_unique<WaylandDisplay>();
@@ -89,6 +93,7 @@ void LinuxPlatform::addWindowBackends() {
 #ifdef ORVANE_HAS_X11
     desktop_->addForNoCompositor([] { return std::make_unique<X11Backend>(); });
 #endif
+    desktop_->add(std::make_unique<AccessibilityBackend>(*desktopBus_, *accessibilityBus_));
 }
 
 void LinuxPlatform::addIdleSources() {
@@ -117,6 +122,11 @@ LinuxWorkspace& LinuxPlatform::workspace() {
 LinuxWindowServer& LinuxPlatform::windowServer() {
     connect();
     return windowServer_;
+}
+
+Accessibility& LinuxPlatform::accessibility() {
+    connect();
+    return *accessibility_;
 }
 
 DesktopChoice& LinuxPlatform::desktop() {

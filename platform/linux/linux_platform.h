@@ -10,7 +10,6 @@
 #include "platform/linux/linux_window_server.h"
 #include "platform/linux/linux_workspace.h"
 #include "platform/linux/main_loop_timer.h"
-#include "platform/linux/no_accessibility.h"
 #include "platform/linux/random_uuid_source.h"
 #include "platform/linux/settings_file.h"
 #include "platform/linux/system_clock.h"
@@ -19,6 +18,7 @@
 
 namespace orvane {
 
+class AccessibilityBus;
 class DesktopChoice;
 class SessionMonitor;
 class SharedBus;
@@ -33,7 +33,7 @@ class LinuxPlatform : public Platform {
 
     LinuxWorkspace& workspace() override;
     LinuxWindowServer& windowServer() override;
-    Accessibility& accessibility() override { return accessibility_; }
+    Accessibility& accessibility() override;
     HostApplication& hostApplication() override { return hostApplication_; }
     FileManager& fileManager() override { return fileManager_; }
     SettingsFile& userDefaults() override { return userDefaults_; }
@@ -59,7 +59,6 @@ class LinuxPlatform : public Platform {
     SystemLog log_;
     SystemClock clock_;
     RandomUuidSource uuidSource_;
-    NoAccessibility accessibility_;
     LinuxHostApplication hostApplication_{log_};
     LinuxFileManager fileManager_;
     SettingsFile userDefaults_{SettingsFile::defaultPath(), log_};
@@ -70,6 +69,8 @@ class LinuxPlatform : public Platform {
 #endif
     /// The session's, for those who ask the desktop over it.
     std::unique_ptr<SharedBus> desktopBus_;
+    std::unique_ptr<AccessibilityBus> accessibilityBus_;
+    std::unique_ptr<Accessibility> accessibility_;
     std::unique_ptr<DesktopChoice> desktop_;
     LinuxWorkspace workspace_{directory_};
     LinuxWindowServer windowServer_{directory_};

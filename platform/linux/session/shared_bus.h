@@ -11,12 +11,11 @@ namespace orvane {
 /// Somebody who speaks to others over a shared bus. Main thread only.
 class BusUser {
   public:
+    virtual ~BusUser() = default;
+
     /// The connection is valid until busClosed returns or the bus is destroyed.
     virtual void busOpened(BusConnection& bus) = 0;
     virtual void busClosed() = 0;
-
-  protected:
-    ~BusUser() = default;
 };
 
 /// One connection to a message bus for several users, opened again when it was lost.
