@@ -1,4 +1,5 @@
-# What `cmake --install` puts in place: library, headers, pkg-config file, CMake package, data model, program.
+# What `cmake --install` puts in place: library, headers, pkg-config file, CMake package, data model, what other
+# programs load, program.
 
 if(NOT TARGET orvane)
     return()
@@ -33,6 +34,8 @@ if(IS_DIRECTORY "${model}")
 elseif(EXISTS "${model}")
     install(FILES "${model}" DESTINATION "${CMAKE_INSTALL_DATADIR}/orvane")
 endif()
+
+install(DIRECTORY platform/linux/gnome/Windows.shell-extension DESTINATION "${CMAKE_INSTALL_DATADIR}/orvane")
 
 if(TARGET orvane_draw_icon)
     install(TARGETS orvane_draw_icon RUNTIME DESTINATION libexec/orvane)

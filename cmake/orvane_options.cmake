@@ -35,6 +35,7 @@ add_library(orvane_build_flags INTERFACE)
 target_include_directories(orvane_build_flags INTERFACE "${PROJECT_SOURCE_DIR}" "${ORVANE_GENERATED_DIR}")
 target_compile_definitions(orvane_build_flags INTERFACE ORVANE_INTERNAL ORVANE_VERSION="${PROJECT_VERSION}")
 target_compile_options(orvane_build_flags INTERFACE
-    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion
+    $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor> $<$<COMPILE_LANGUAGE:CXX>:-Woverloaded-virtual>
     $<$<BOOL:${ORVANE_WERROR}>:-Werror>)
 target_link_libraries(orvane_build_flags INTERFACE Threads::Threads)

@@ -28,6 +28,7 @@ set(ORVANE_PUBLIC_HEADERS
     persistence/undo_manager.h
     platform/accessibility.h
     platform/clock.h
+    platform/desktop_health.h
     platform/file_manager.h
     platform/host_application.h
     platform/log_sink.h

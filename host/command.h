@@ -28,6 +28,8 @@ int runApps(const CommonOptions& options);
 /// Switches the recording of one application off, or on again.
 int runDisableApp(const std::string& identifier, bool disabled, const CommonOptions& options);
 int runDoctor(const CommonOptions& options);
+/// Installs what the library needs to see GNOME's windows, or removes it again, and tells each step.
+int runSetupGnome(bool remove);
 
 struct ReportOptions {
     CommonOptions common;

@@ -1,11 +1,11 @@
 #include <glib.h>
 
-#include <cstdlib>
 #include <iostream>
 #include <nlohmann/json.hpp>
 
 #include "host/command.h"
 #include "host/reading_platform.h"
+#include "platform/linux/desktop_choice.h"
 #include "platform/linux/error_presenter.h"
 #include "platform/linux/linux_platform.h"
 #include "platform/linux/session/session_monitor.h"
@@ -14,16 +14,8 @@ namespace orvane::host {
 
 namespace {
 
-/// One line of the diagnosis: what was looked at, whether it is as it should be, and what there is to know or
-/// to do.
-struct Finding {
-    std::string subject;
-    bool isGood;
-    std::string detail;
-};
-
-/// Lets the buses answer, for a moment at the most.
-void waitForSession(const SessionMonitor& session) {
+/// Lets the desktop and the buses answer, for a moment at the most.
+void waitForAnswers(LinuxPlatform& platform) {
     constexpr guint longestWait = 1500;  // milliseconds
     bool late = false;
     const guint timer = g_timeout_add(
@@ -33,57 +25,38 @@ void waitForSession(const SessionMonitor& session) {
             return G_SOURCE_CONTINUE;
         },
         &late);
-    while (!session.isDecided() && !late) g_main_context_iteration(nullptr, TRUE);
+    const auto& session = platform.session();
+    const auto& desktop = platform.desktop();
+    while (!(session.isDecided() && desktop.isDecided()) && !late) g_main_context_iteration(nullptr, TRUE);
     g_source_remove(timer);
 }
 
-void examineDesktop(LinuxPlatform& platform, std::vector<Finding>& findings) {
-    DesktopBackend* desktop = platform.desktop();
-    if (!desktop || !desktop->isAvailable()) {
-        findings.push_back({"display", false,
-                            std::getenv("DISPLAY")
-                                ? "the display server does not answer: check DISPLAY"
-                                : "no display server: start this within a desktop session, or set "
-                                  "DISPLAY"});
-        return;
-    }
-    findings.push_back({"display", true, desktop->name()});
-    const auto frontmost = platform.workspace().frontmostApplication();
-    findings.push_back({"frontmost application", true,
-                        frontmost ? frontmost->bundleIdentifier.value_or("unknown") + " (process " +
-                                        std::to_string(frontmost->processIdentifier) + ")"
-                                  : "none at present"});
-    findings.push_back({"windows", true, std::to_string(desktop->windows().size()) + " on screen"});
-    const auto idle = desktop->idleSeconds();
-    findings.push_back({"idle time", idle.has_value(),
-                        idle ? std::to_string(static_cast<long long>(*idle)) + " seconds since the last input"
-                             : "the display server does not tell: its screen-saver extension is missing"});
-}
-
-void examineSettings(LinuxPlatform& platform, std::vector<Finding>& findings) {
-    const std::string path = platform.userDefaults().path().string();
+void examineSettings(LinuxPlatform& platform, std::vector<ServiceHealth>& findings) {
     const Value enabled = platform.userDefaults().objectForKey(orvaneEnabledDefault);
-    if (const std::string& problem = platform.userDefaults().problem(); !problem.empty())
-        findings.push_back({"settings", false, path + ": " + problem + ": mend the file or move it away"});
-    else if (enabled.isNone())
-        findings.push_back({"settings", false, path + ": tracking was never switched on: `orvane enable`"});
-    else
-        findings.push_back(
-            {"settings", enabled.boolValue(),
-             path + (enabled.boolValue() ? ": tracking is on" : ": tracking is off: `orvane enable`")});
+    ServiceHealth settings{"settings", enabled.boolValue(), platform.userDefaults().path().string(), {}, {},
+                           {}};
+    if (const std::string& problem = platform.userDefaults().problem(); !problem.empty()) {
+        settings.isGood = false;
+        settings.problem = problem + ": mend the file or move it away";
+    } else if (settings.isGood) {
+        settings.sees = "tracking is on";
+    } else {
+        settings.problem = enabled.isNone() ? "tracking was never switched on" : "tracking is off";
+        settings.remedy = "orvane enable";
+    }
+    findings.push_back(std::move(settings));
     Error error;
     if (!TitleRules::read(platform.userDefaults().objectForKey(orvaneTitleRulesDefault), &error))
-        findings.push_back(
-            {"title rules", false,
-             path + ": " + error.localizedDescription() + " Until that is mended, no title is recorded"});
+        findings.push_back({"title rules", false, platform.userDefaults().path().string(), {},
+                            error.localizedDescription() + " Until that is mended, no title is recorded", {}});
 }
 
-void examineStore(const std::optional<std::filesystem::path>& folder, std::vector<Finding>& findings) {
+void examineStore(const std::optional<std::filesystem::path>& folder, std::vector<ServiceHealth>& findings) {
     OpenStore store(folder);
     const std::string path =
         (folder.value_or(store.tracker().applicationFilesDirectory()) / "Orvaning.db").string();
     if (!store.exists()) {
-        findings.push_back({"store", true, path + ": not made yet"});
+        findings.push_back({"store", true, path, "not made yet", {}, {}});
         return;
     }
     std::string problem;
@@ -93,31 +66,44 @@ void examineStore(const std::optional<std::filesystem::path>& folder, std::vecto
     });
     const bool opens = store.context() != nullptr;
     setErrorPresenter(nullptr);
-    findings.push_back({"store", opens, opens ? path : problem});
+    findings.push_back({"store", opens, path, opens ? "opens" : "", problem, {}});
+}
+
+void print(const ServiceHealth& finding) {
+    std::cout << (finding.isGood ? "ok       " : "missing  ") << finding.service;
+    if (!finding.backend.empty()) std::cout << " [" << finding.backend << ']';
+    if (!finding.sees.empty()) std::cout << ": " << finding.sees;
+    if (!finding.problem.empty()) {
+        // Something can work and yet work better.
+        std::cout << (finding.isGood ? "\n         but " : ": ") << finding.problem;
+        if (!finding.remedy.empty()) std::cout << "\n         mend it with: " << finding.remedy;
+    }
+    std::cout << '\n';
 }
 
 }  // namespace
 
 int runDoctor(const CommonOptions& options) {
-    std::vector<Finding> findings;
+    std::vector<ServiceHealth> findings;
     {
         LinuxPlatform platform;
-        examineDesktop(platform, findings);
-        waitForSession(platform.session());
-        for (const SessionService& service : platform.session().status())
-            findings.push_back({service.name, service.isAvailable, service.detail});
+        waitForAnswers(platform);
+        findings = platform.desktopHealth();
         examineSettings(platform, findings);
     }
     examineStore(options.store, findings);
 
     bool allGood = true;
     auto list = nlohmann::ordered_json::array();
-    for (const Finding& finding : findings) {
+    for (const ServiceHealth& finding : findings) {
         allGood = allGood && finding.isGood;
-        list.push_back({{"subject", finding.subject}, {"good", finding.isGood}, {"detail", finding.detail}});
-        if (!options.json)
-            std::cout << (finding.isGood ? "ok       " : "missing  ") << finding.subject
-                      << (finding.detail.empty() ? "" : ": ") << finding.detail << '\n';
+        list.push_back({{"subject", finding.service},
+                        {"good", finding.isGood},
+                        {"backend", finding.backend},
+                        {"sees", finding.sees},
+                        {"problem", finding.problem},
+                        {"remedy", finding.remedy}});
+        if (!options.json) print(finding);
     }
     if (options.json) std::cout << list.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
     return allGood ? exitSuccess : exitFailure;

@@ -42,6 +42,7 @@ class CommandLine {
         addRecover();
         addCommon("doctor", "Tell what of the desktop is missing, and what to do about it",
                   [this] { return orvane::host::runDoctor(options_); });
+        addSetup();
         addReplay();
     }
 
@@ -230,6 +231,21 @@ class CommandLine {
             [this] { choose([this] { return orvane::host::runRecover(from_, to_, options_); }); });
     }
 
+    void addSetup() {
+        CLI::App* setup = app_.add_subcommand("setup", "Make a desktop tell its windows");
+        setup->footer(exitStatusText);
+        setup->require_subcommand(1);
+        addDesktop(setup, "gnome", "Install and switch on an extension of GNOME Shell",
+                   &orvane::host::runSetupGnome);
+    }
+
+    void addDesktop(CLI::App* setup, const char* name, const char* description, int (*run)(bool remove)) {
+        CLI::App* desktop = setup->add_subcommand(name, description);
+        desktop->footer(exitStatusText);
+        desktop->add_flag("--remove", remove_, "Undo it");
+        desktop->callback([this, run] { choose([this, run] { return run(remove_); }); });
+    }
+
     void addReplay() {
         CLI::App* replay = app_.add_subcommand("replay", "Run a trace against a simulated desktop");
         replay->footer(exitStatusText);
@@ -264,6 +280,7 @@ class CommandLine {
     std::string to_;
     orvane::host::ExportOptions export_;
     orvane::host::ImportOptions import_;
+    bool remove_ = false;
     std::string trace_;
     orvane::host::ReplayOptions replayOptions_;
     std::function<int()> run_;

@@ -37,6 +37,7 @@ class ReadingPlatform : public Platform {
     Clock& clock() override { return desktop_->clock(); }
     LogSink& logSink() override { return log_; }
     UuidSource& uuidSource() override { return desktop_->uuidSource(); }
+    std::vector<ServiceHealth> desktopHealth() override { return desktop_->desktopHealth(); }
 
   private:
     /// Answers from the desktop, but brings it up only when something is asked of it: registering for its

@@ -8,6 +8,7 @@
 #include "host/command.h"
 #include "host/terminal.h"
 #include "host/tracker_lock.h"
+#include "platform/linux/desktop_choice.h"
 #include "platform/linux/error_presenter.h"
 #include "platform/linux/linux_platform.h"
 #include "store/orvane_app.h"
@@ -162,8 +163,7 @@ int runTrack(const CommonOptions& options) {
     } else if (!platform.userDefaults().boolForKey(orvaneEnabledDefault)) {
         notes << "Tracking is switched off. `orvane enable` switches it on; this waits for it.\n";
     }
-    if (auto* linux = dynamic_cast<LinuxPlatform*>(&platform);
-        linux && (!linux->desktop() || !linux->desktop()->isAvailable()))
+    if (auto* linux = dynamic_cast<LinuxPlatform*>(&platform); linux && !linux->desktop().isAvailable())
         notes << "There is no display to track yet; this waits for it. `orvane doctor` tells more.\n";
     {
         Orvane& tracker = Orvane::sharedOrvane(options.store);

@@ -41,8 +41,10 @@ std::optional<std::filesystem::path> libraryResource(std::string_view name, std:
         if (folder == folder.root_path()) break;
         folder = folder.parent_path();
     }
-    std::filesystem::path resource = std::filesystem::path(ORVANE_RESOURCE_DIR) / fileName;
-    if (isThere(resource)) return resource;
+    for (const char* built : {ORVANE_RESOURCE_DIR, ORVANE_DESKTOP_RESOURCE_DIR}) {
+        std::filesystem::path resource = std::filesystem::path(built) / fileName;
+        if (isThere(resource)) return resource;
+    }
     return std::nullopt;
 }
 

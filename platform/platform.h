@@ -1,9 +1,11 @@
 #pragma once
 
 #include <memory>
+#include <vector>
 
 #include "platform/accessibility.h"
 #include "platform/clock.h"
+#include "platform/desktop_health.h"
 #include "platform/file_manager.h"
 #include "platform/host_application.h"
 #include "platform/log_sink.h"
@@ -32,6 +34,11 @@ class ORVANE_EXPORT Platform {
     virtual Clock& clock() = 0;
     virtual LogSink& logSink() = 0;
     virtual UuidSource& uuidSource() = 0;
+
+    /// How well each service of the desktop works right now. Services that were asked for the first time may
+    /// need a moment before they answer; DesktopHealthDidChangeNotification tells when something has changed.
+    /// Empty for a platform that is no desktop.
+    virtual std::vector<ServiceHealth> desktopHealth() { return {}; }
 
     /// Posts the host application's own notices.
     NotificationCenter& defaultNotificationCenter() { return defaultNotificationCenter_; }

@@ -28,6 +28,10 @@ inline constexpr WindowIdentifier kCGNullWindowID = 0;
 inline constexpr std::int32_t kCGEventSourceStateCombinedSessionState = 0;
 inline constexpr std::uint32_t kCGAnyInputEventType = 0xFFFFFFFF;
 
+/// Key of the user defaults; when true, films and calls that keep the screens on count as input, where the
+/// desktop can tell both kinds of idle time. Read when the desktop is first asked for.
+inline constexpr const char* idleHeldBackByInhibitorsDefault = "OrvaneIdleHeldBackByInhibitors";
+
 /// The windows on screen and the user's last input. Main thread only.
 class ORVANE_EXPORT WindowServer {
   public:

@@ -103,6 +103,14 @@ ApplicationDirectory::Identity ApplicationDirectory::identifyAfresh(const Deskto
         if (matcher.candidates().size() == 1) return known(*matcher.candidates().front());
         return {validText(identifier), validText(process->program.name)};
     }
+    if (!process) {
+        // Some programs give their own name where the application's identifier belongs.
+        for (const auto& name : {window.windowClass, window.windowInstance}) {
+            Program program;
+            program.path = program.name = name;
+            if (const auto* found = matcher.byProgram(program)) return known(*found);
+        }
+    }
     if (process) {
         if (const auto* found = matcher.byProgram(process->program)) return known(*found);
         // A start script that waits for the program: both are one job, hence in one process group.

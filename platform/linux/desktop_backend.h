@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "foundation/internal.h"
+#include "platform/linux/shortcoming.h"
 
 namespace orvane {
 
@@ -35,12 +36,19 @@ class DesktopBackend {
     virtual std::string name() const = 0;
     /// Whether the desktop answers at present.
     virtual bool isAvailable() const = 0;
+    /// Whether the desktop was looked for; before that, one that is there may be missed.
+    virtual bool isDecided() const { return true; }
     /// The window that receives key events; none when no window does or the desktop does not answer.
     virtual std::optional<DesktopWindow> activeWindow() = 0;
     /// The windows on screen, front to back.
     virtual std::vector<DesktopWindow> windows() = 0;
-    /// Seconds since the user's last input; none when the desktop cannot tell.
-    virtual std::optional<double> idleSeconds() = 0;
+    /// Seconds since the user's last input; none when the desktop itself does not tell, as on Wayland, where
+    /// an IdleSource may.
+    virtual std::optional<double> idleSeconds() { return std::nullopt; }
+    /// Whether onScreenSleepChanged is ever called.
+    virtual bool tellsScreenSleep() const { return false; }
+    /// What is missing, where this is the desktop that the backend is made for; else none.
+    virtual std::optional<Shortcoming> shortcoming() const { return std::nullopt; }
 
     // Set by the platform; called on the main loop, never from within a call to the backend.
 

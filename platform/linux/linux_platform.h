@@ -9,7 +9,7 @@
 #include "platform/linux/linux_host_application.h"
 #include "platform/linux/linux_window_server.h"
 #include "platform/linux/linux_workspace.h"
-#include "platform/linux/no_accessibility.h"
+#include "platform/linux/main_loop_timer.h"
 #include "platform/linux/random_uuid_source.h"
 #include "platform/linux/settings_file.h"
 #include "platform/linux/system_clock.h"
@@ -18,7 +18,11 @@
 
 namespace orvane {
 
+class AccessibilityBus;
+class DesktopChoice;
 class SessionMonitor;
+class SharedBus;
+class WaylandDisplay;
 
 /// The running Linux desktop. Display and buses are looked for when the workspace, the windows or the session
 /// are first asked for, so a program that only reads settings touches neither.
@@ -29,7 +33,7 @@ class LinuxPlatform : public Platform {
 
     LinuxWorkspace& workspace() override;
     LinuxWindowServer& windowServer() override;
-    Accessibility& accessibility() override { return accessibility_; }
+    Accessibility& accessibility() override;
     HostApplication& hostApplication() override { return hostApplication_; }
     FileManager& fileManager() override { return fileManager_; }
     SettingsFile& userDefaults() override { return userDefaults_; }
@@ -37,28 +41,42 @@ class LinuxPlatform : public Platform {
     Clock& clock() override { return clock_; }
     LogSink& logSink() override { return log_; }
     UuidSource& uuidSource() override { return uuidSource_; }
+    std::vector<ServiceHealth> desktopHealth() override;
 
     // For diagnoses.
 
-    /// The desktop in use; none when the library was built without any.
-    DesktopBackend* desktop();
+    DesktopChoice& desktop();
     SessionMonitor& session();
 
   private:
     void connect();
+    // Each in order of preference.
+    void addWindowBackends();
+    void addIdleSources();
+    void addScreenPowerSources();
+    void healthMayHaveChanged();
 
     SystemLog log_;
     SystemClock clock_;
     RandomUuidSource uuidSource_;
-    NoAccessibility accessibility_;
     LinuxHostApplication hostApplication_{log_};
     LinuxFileManager fileManager_;
     SettingsFile userDefaults_{SettingsFile::defaultPath(), log_};
     GlibRunLoop runLoop_;
     ApplicationDirectory directory_;
-    std::unique_ptr<DesktopBackend> desktop_;
+#ifdef ORVANE_HAS_WAYLAND
+    std::unique_ptr<WaylandDisplay> waylandDisplay_;
+#endif
+    /// The session's, for those who ask the desktop over it.
+    std::unique_ptr<SharedBus> desktopBus_;
+    std::unique_ptr<AccessibilityBus> accessibilityBus_;
+    std::unique_ptr<Accessibility> accessibility_;
+    std::unique_ptr<DesktopChoice> desktop_;
     LinuxWorkspace workspace_{directory_};
     LinuxWindowServer windowServer_{directory_};
+    /// As it was told last, without what is seen.
+    std::vector<ServiceHealth> toldHealth_;
+    MainLoopTimer healthTimer_;
     /// Last, since its notices reach the others until it is gone. Set once all is connected.
     std::unique_ptr<SessionMonitor> session_;
 };

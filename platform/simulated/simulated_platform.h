@@ -32,6 +32,8 @@ class ORVANE_EXPORT SimulatedPlatform : public Platform {
     VirtualClock& clock() override { return clock_; }
     SimulatedLogSink& logSink() override { return logSink_; }
     RepeatableUuidSource& uuidSource() override { return uuidSource_; }
+    /// The services of the script, which never fail.
+    std::vector<ServiceHealth> desktopHealth() override;
 
   private:
     VirtualClock clock_;

@@ -14,13 +14,15 @@
 
 namespace orvane {
 
-/// A program that runs beside the test and ends with it, whichever way the test ends.
+/// A program that runs beside the test and ends with it, whichever way the test ends. What it says of errors
+/// is shown when $ORVANE_TEST_OUTPUT is set.
 class ChildProcess {
   public:
     explicit ChildProcess(const std::vector<std::string>& command,
                           const std::map<std::string, std::string>& environment = {}) {
         GSubprocessLauncher* launcher = g_subprocess_launcher_new(static_cast<GSubprocessFlags>(
-            G_SUBPROCESS_FLAGS_STDOUT_PIPE | G_SUBPROCESS_FLAGS_STDERR_SILENCE));
+            G_SUBPROCESS_FLAGS_STDOUT_PIPE | G_SUBPROCESS_FLAGS_STDIN_PIPE |
+            (std::getenv("ORVANE_TEST_OUTPUT") != nullptr ? 0 : G_SUBPROCESS_FLAGS_STDERR_SILENCE)));
         for (const auto& [name, value] : environment) {
             g_subprocess_launcher_setenv(launcher, name.c_str(), value.c_str(), TRUE);
         }
@@ -53,6 +55,13 @@ class ChildProcess {
             line += byte;
         }
         return line;
+    }
+    /// Gives it a line of input.
+    void writeLine(const std::string& line) {
+        GOutputStream* input = g_subprocess_get_stdin_pipe(process_);
+        const std::string bytes = line + '\n';
+        g_output_stream_write_all(input, bytes.data(), bytes.size(), nullptr, nullptr, nullptr);
+        g_output_stream_flush(input, nullptr, nullptr);
     }
     /// Returns when it stands still.
     void stop() {

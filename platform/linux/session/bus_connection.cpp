@@ -8,8 +8,6 @@ namespace orvane {
 
 namespace {
 
-constexpr int kCallTimeoutMilliseconds = 5000;
-
 template <typename Handler>
 void destroyHandler(gpointer handler) {
     delete static_cast<Handler*>(handler);
@@ -66,11 +64,23 @@ BusConnection::~BusConnection() {
     g_object_unref(connection_);
 }
 
-void BusConnection::call(const BusObject& object, const char* method, GVariant* arguments, Reply reply) {
+void BusConnection::call(const BusObject& object, const char* method, GVariant* arguments, Reply reply,
+                         int timeoutMilliseconds) {
     g_dbus_connection_call_with_unix_fd_list(connection_, object.service.c_str(), object.path.c_str(),
                                              object.interface.c_str(), method, arguments, nullptr,
-                                             G_DBUS_CALL_FLAGS_NO_AUTO_START, kCallTimeoutMilliseconds,
-                                             nullptr, cancellable_, &finishCall, new Reply(std::move(reply)));
+                                             G_DBUS_CALL_FLAGS_NO_AUTO_START, timeoutMilliseconds, nullptr,
+                                             cancellable_, &finishCall, new Reply(std::move(reply)));
+}
+
+Variant BusConnection::callNow(const BusObject& object, const char* method, GVariant* arguments,
+                               int timeoutMilliseconds, bool& isLate) {
+    GError* error = nullptr;
+    Variant values(g_dbus_connection_call_sync(
+        connection_, object.service.c_str(), object.path.c_str(), object.interface.c_str(), method, arguments,
+        nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START, timeoutMilliseconds, nullptr, &error));
+    if (g_error_matches(error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT)) isLate = true;
+    g_clear_error(&error);
+    return values;
 }
 
 void BusConnection::getBoolean(const BusObject& object, const char* property,
@@ -81,9 +91,10 @@ void BusConnection::getBoolean(const BusObject& object, const char* property,
 }
 
 BusToken BusConnection::subscribe(const BusObject& object, const char* signal, Signal handler) {
+    const auto given = [](const char* text) { return *text != '\0' ? text : nullptr; };
     const guint subscription = g_dbus_connection_signal_subscribe(
-        connection_, object.service.c_str(), object.interface.c_str(), signal,
-        object.path.empty() ? nullptr : object.path.c_str(), nullptr, G_DBUS_SIGNAL_FLAGS_NONE, &tellSignal,
+        connection_, given(object.service.c_str()), object.interface.c_str(), given(signal),
+        given(object.path.c_str()), nullptr, G_DBUS_SIGNAL_FLAGS_NONE, &tellSignal,
         new Signal(std::move(handler)), &destroyHandler<Signal>);
     return BusToken([connection = connection_, subscription] {
         g_dbus_connection_signal_unsubscribe(connection, subscription);

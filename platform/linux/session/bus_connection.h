@@ -43,8 +43,8 @@ struct BusObject {
     std::string interface;
 };
 
-/// An open connection to a message bus. Nothing here waits; answers arrive on the main loop, and none arrive
-/// once the connection object is destroyed. Main thread only.
+/// An open connection to a message bus. Nothing but callNow waits; answers arrive on the main loop, and none
+/// arrive once the connection object is destroyed. Main thread only.
 class BusConnection {
   public:
     /// Values of the reply in a tuple, or null when the call failed. Descriptors in the reply are in the
@@ -58,13 +58,21 @@ class BusConnection {
     BusConnection(const BusConnection&) = delete;
     BusConnection& operator=(const BusConnection&) = delete;
 
+    static constexpr int usualTimeoutMilliseconds = 5000;
+
     /// Calls a method without starting its service. Takes `arguments` when floating; may be null.
-    void call(const BusObject& object, const char* method, GVariant* arguments, Reply reply);
+    void call(const BusObject& object, const char* method, GVariant* arguments, Reply reply,
+              int timeoutMilliseconds = usualTimeoutMilliseconds);
+    /// The same, and waits for the values of the reply, so long at the most. Null when the call failed or no
+    /// answer came; `isLate` is then set in the latter case.
+    Variant callNow(const BusObject& object, const char* method, GVariant* arguments, int timeoutMilliseconds,
+                    bool& isLate);
     /// Asks for a property of type boolean; none when there is no such one.
     void getBoolean(const BusObject& object, const char* property,
                     std::function<void(std::optional<bool>)> reply);
 
-    /// Tells every such signal of the service; of all its objects when the path is empty.
+    /// Tells every such signal of the service's object. What is empty of the service, the path and the signal
+    /// stands for all.
     [[nodiscard]] BusToken subscribe(const BusObject& object, const char* signal, Signal handler);
     /// Tells, soon and then on every change, whether somebody owns the name.
     [[nodiscard]] BusToken watchName(const std::string& name, std::function<void(bool isOwned)> handler);

@@ -75,6 +75,7 @@ void SessionMonitor::update() {
         (login_ && login_->isLocked()) ||
         std::any_of(savers_.begin(), savers_.end(), [](auto& saver) { return saver->isActive(); });
     if (std::exchange(isLocked_, isLocked) != isLocked && onLock) onLock(isLocked);
+    if (onStatusChanged) onStatusChanged();
 }
 
 void SessionMonitor::userIsBack() {
@@ -91,42 +92,45 @@ bool SessionMonitor::isDecided() const {
 std::vector<SessionService> SessionMonitor::status() const {
     std::vector<SessionService> result;
     if (!systemBus_.isOpen()) {
-        result.push_back({"system bus", false,
+        result.push_back({"system bus", false, "",
                           "it cannot be reached (" + systemBus_.problem() +
                               "): sleep, shutdown and locks of the session are not told, all else works"});
     } else {
-        result.push_back({"system bus", true, ""});
+        result.push_back({"system bus", true, "", "answers"});
         result.push_back(loginStatus());
     }
     if (!sessionBus_.isOpen()) {
-        result.push_back({"session bus", false,
+        result.push_back({"session bus", false, "",
                           "it cannot be reached (" + sessionBus_.problem() +
                               "): locks by the screen saver are not told, all else works"});
     } else {
-        result.push_back({"session bus", true, ""});
+        result.push_back({"session bus", true, "", "answers"});
         result.push_back(saverStatus());
     }
     return result;
 }
 
 SessionService SessionMonitor::loginStatus() const {
-    SessionService login{"login manager", login_ && login_->isAvailable().value_or(false), ""};
+    SessionService login{"login manager", login_ && login_->isAvailable().value_or(false), "", ""};
     if (!login.isAvailable) {
         login.detail = "it does not answer: sleep, shutdown and locks of the session are not told";
     } else {
+        login.backend = "org.freedesktop.login1";
         login.detail = login_->isSleepDelayed() || login_->isAsleep() ? "sleep is awaited"
                                                                       : "sleep is told but cannot be delayed";
         login.detail += login_->sessionPath().empty() ? ", no session of this user found for locks"
                                                       : ", locks of " + login_->sessionPath();
+        if (login_->isLocked()) login.detail += ", which is locked";
     }
     return login;
 }
 
 SessionService SessionMonitor::saverStatus() const {
-    SessionService saver{"screen saver", false, ""};
+    SessionService saver{"screen saver", false, "", "does not run"};
     for (const auto& watch : savers_) {
         if (!watch->isAvailable().value_or(false)) continue;
-        saver.detail += (saver.isAvailable ? ", " : "") + watch->service();
+        saver.backend += (saver.isAvailable ? ", " : "") + watch->service();
+        if (watch->isActive()) saver.detail = "runs or locks the screen";
         saver.isAvailable = true;
     }
     if (!saver.isAvailable) saver.detail = "no screen saver offers itself on the session bus";

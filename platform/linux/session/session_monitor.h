@@ -16,6 +16,8 @@ namespace orvane {
 struct SessionService {
     std::string name;
     bool isAvailable = false;
+    /// What is in use for it.
+    std::string backend;
     /// What it gives, or why it gives nothing.
     std::string detail;
 };
@@ -36,6 +38,9 @@ class SessionMonitor {
     std::function<void(bool locked)> onLock;
     /// The machine is about to be shut down, or the session that this process belongs to has ended.
     std::function<void()> onEnd;
+
+    /// What `status` or `isDecided` tell may have changed.
+    std::function<void()> onStatusChanged;
 
     /// Call it once, with the callbacks set. The present state is told as a change from awake and unlocked.
     void start();

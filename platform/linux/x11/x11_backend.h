@@ -41,6 +41,7 @@ class X11Backend : public DesktopBackend {
     std::optional<DesktopWindow> activeWindow() override;
     std::vector<DesktopWindow> windows() override;
     std::optional<double> idleSeconds() override;
+    bool tellsScreenSleep() const override { return true; }
 
   private:
     struct Notices {

@@ -130,6 +130,8 @@ TEST_F(ApplicationDirectoryTest, ManagesWithoutAProcess) {
     EXPECT_EQ(directory_.identify(window), "only instance");
     window.windowClass = "Term";
     EXPECT_EQ(directory_.identify(window), "vendor-term");
+    window.windowClass = "launch-it";
+    EXPECT_EQ(directory_.identify(window), "org.example.Scoped-thing") << "a program's name in its place";
     EXPECT_EQ(directory_.entryPath("vendor-term"), fixtureRoot() / "data/applications/vendor-term.desktop");
     EXPECT_EQ(directory_.entryPath("../applications/vendor-term"), std::nullopt);
     EXPECT_EQ(directory_.entryPath("absent"), std::nullopt);

@@ -6,14 +6,16 @@
 
 namespace orvane {
 
-PrivateBus::PrivateBus() {
-    char* folder = g_dir_make_tmp("orvane-bus-XXXXXX", nullptr);
-    folder_ = folder;
-    g_free(folder);
+PrivateBus::PrivateBus(const std::string& folder) : folder_(folder) {
+    if (folder_.empty()) {
+        char* made = g_dir_make_tmp("orvane-bus-XXXXXX", nullptr);
+        folder_ = made;
+        g_free(made);
+    }
     address_ = "unix:path=" + folder_ + "/socket";
     std::ofstream(folder_ + "/bus.conf")
         << "<busconfig><type>custom</type><listen>" << address_
-        << "</listen><policy context=\"default\"><allow send_destination=\"*\" "
+        << "</listen><policy context=\"default\"><allow user=\"*\"/><allow send_destination=\"*\" "
            "eavesdrop=\"true\"/><allow eavesdrop=\"true\"/><allow own=\"*\"/>"
            "</policy></busconfig>";
 }

@@ -13,7 +13,8 @@ namespace orvane {
 /// the same address.
 class PrivateBus {
   public:
-    PrivateBus();
+    /// In `folder`, which must exist already, or in one of its own that only this user can enter.
+    explicit PrivateBus(const std::string& folder = {});
     ~PrivateBus();
     PrivateBus(const PrivateBus&) = delete;
     PrivateBus& operator=(const PrivateBus&) = delete;

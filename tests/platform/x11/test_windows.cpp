@@ -85,6 +85,8 @@ void TestWindows::activate(xcb_window_t window) { ask(window, "_NET_ACTIVE_WINDO
 // 3 is IconicState (ICCCM 4.1.4).
 void TestWindows::minimize(xcb_window_t window) { ask(window, "WM_CHANGE_STATE", 3); }
 
+void TestWindows::switchDesktop(std::uint32_t desktop) { ask(root_, "_NET_CURRENT_DESKTOP", desktop); }
+
 void TestWindows::moveToDesktop(xcb_window_t window, std::uint32_t desktop) {
     ask(window, "_NET_WM_DESKTOP", desktop);
 }

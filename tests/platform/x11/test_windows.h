@@ -29,6 +29,7 @@ class TestWindows {
     // What a pager asks the window manager for.
     void activate(xcb_window_t window);
     void minimize(xcb_window_t window);
+    void switchDesktop(std::uint32_t desktop);
     void moveToDesktop(xcb_window_t window, std::uint32_t desktop);
 
     // What a window manager does.

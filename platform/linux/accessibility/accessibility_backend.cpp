@@ -1,0 +1,209 @@
+#include "platform/linux/accessibility/accessibility_backend.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+// Tells a desktop of Mutter's kind from all others.
+constexpr const char* kMutter = "org.gnome.Mutter.IdleMonitor";
+
+// Events come in bursts: a window loses the focus before another one gets it.
+constexpr unsigned kEventMilliseconds = 50;
+// A question finds windows that are older than this, and has them looked for anew.
+constexpr std::int64_t kFreshMicroseconds = 500'000;
+
+constexpr int kMenuLayer = 24;
+
+bool isOrdinary(const AtspiWindow& window) {
+    constexpr std::array roles{atspi::Role::alert, atspi::Role::dialog, atspi::Role::fileChooser,
+                               atspi::Role::frame};
+    return window.isActive || std::any_of(roles.begin(), roles.end(), [&](atspi::Role role) {
+               return window.role == static_cast<std::uint32_t>(role);
+           });
+}
+
+}  // namespace
+
+AccessibilityBackend::AccessibilityBackend(SharedBus& sessionBus, AccessibilityBus& accessibilityBus)
+    : sessionBus_(sessionBus),
+      accessibilityBus_(accessibilityBus),
+      sessionListener_([this](BusConnection* bus) { sessionBusChanged(bus); }),
+      accessibilityListener_([this](BusConnection* bus) { accessibilityBusChanged(bus); }) {
+    sessionBus.add(sessionListener_);
+    accessibilityBus.add(accessibilityListener_);
+}
+
+AccessibilityBackend::~AccessibilityBackend() {
+    if (walk_) walk_->cancel();
+}
+
+bool AccessibilityBackend::isDecided() const {
+    if (session_ == nullptr) return sessionBus_.isDecided();
+    if (!isMutterDecided_ || !accessibilityBus_.isDecided()) return false;
+    return mutterProcess_ == 0 || bus_ == nullptr || hasLooked_;
+}
+
+void AccessibilityBackend::sessionBusChanged(BusConnection* bus) {
+    session_ = bus;
+    isMutterDecided_ = false;
+    if (bus != nullptr) {
+        mutterWatch_ = bus->watchName(kMutter, [this](bool isOwned) { mutterOwned(isOwned); });
+    } else {
+        mutterWatch_ = {};
+        mutterOwned(false);
+    }
+}
+
+void AccessibilityBackend::mutterOwned(bool isOwned) {
+    ++mutterOwner_;
+    mutterProcess_ = 0;
+    isMutterDecided_ = !isOwned;
+    if (!isOwned) return end();
+    session_->call(atspi::busItself(), "GetConnectionUnixProcessID", g_variant_new("(s)", kMutter),
+                   [this, owner = mutterOwner_](GVariant* values, GUnixFDList*) {
+                       if (owner != mutterOwner_) return;
+                       isMutterDecided_ = true;
+                       mutterProcess_ = atspi::processIn(values).value_or(0);
+                       begin();
+                   });
+}
+
+void AccessibilityBackend::accessibilityBusChanged(BusConnection* bus) {
+    if (bus == nullptr) end();
+    bus_ = bus;
+    begin();
+}
+
+void AccessibilityBackend::begin() {
+    if (bus_ == nullptr || mutterProcess_ == 0) return;
+    registryWatch_ =
+        bus_->watchName(atspi::registryService, [this](bool isOwned) { registryOwned(isOwned); });
+}
+
+void AccessibilityBackend::end() {
+    registryWatch_ = {};
+    forget();
+    hasLooked_ = false;
+}
+
+void AccessibilityBackend::registryOwned(bool isOwned) {
+    forget();
+    // The first application that offers itself starts it.
+    hasLooked_ = !isOwned;
+    if (!isOwned) return;
+    listenToWindows();
+    look();
+}
+
+void AccessibilityBackend::listenToWindows() {
+    windowEvents_ =
+        bus_->subscribe({"", "", atspi::windowEventInterface}, "", [this](const std::string&, GVariant*) {
+            if (eventTimer_.isPending()) return;
+            eventTimer_.start(kEventMilliseconds, [this] { lookAgain(); });
+        });
+    // Applications keep their events to themselves until somebody wants them.
+    for (const char* event : {"window:activate", "window:deactivate", "window:create", "window:destroy"}) {
+        GVariantBuilder properties;
+        g_variant_builder_init(&properties, G_VARIANT_TYPE("as"));
+        bus_->call({atspi::registryService, "/org/a11y/atspi/registry", atspi::registryService},
+                   "RegisterEvent", g_variant_new("(sass)", event, &properties, ""),
+                   [](GVariant*, GUnixFDList*) {});
+    }
+}
+
+void AccessibilityBackend::forget() {
+    windowEvents_ = {};
+    eventTimer_.cancel();
+    if (walk_) std::exchange(walk_, nullptr)->cancel();
+    isOutdated_ = false;
+    isAvailable_ = false;
+    windows_.clear();
+    active_ = 0;
+    tell();
+}
+
+void AccessibilityBackend::look() {
+    if (walk_) return;
+    isOutdated_ = false;
+    walk_ = AtspiWalk::start(*bus_, mutterProcess_, [this](auto found) { looked(std::move(found)); });
+}
+
+void AccessibilityBackend::lookAgain() {
+    // What a walk under way has seen may have been before the event.
+    if (walk_) {
+        isOutdated_ = true;
+    } else {
+        look();
+    }
+}
+
+void AccessibilityBackend::looked(std::optional<std::vector<AtspiWindow>> found) {
+    walk_.reset();
+    hasLooked_ = true;
+    lookedAt_ = g_get_monotonic_time();
+    isAvailable_ = found.has_value();
+    windows_.clear();
+    active_ = 0;
+    std::map<atspi::Object, std::int64_t> numbers;
+    for (auto& each : found.value_or(std::vector<AtspiWindow>())) {
+        const auto number = numberOf(each.object);
+        numbers[each.object] = number;
+        if (!each.isShowing) continue;
+        DesktopWindow window;
+        window.number = number;
+        window.processIdentifier = each.process;
+        window.layer = isOrdinary(each) ? 0 : kMenuLayer;
+        if (each.title && !each.title->empty()) window.title = std::move(each.title);
+        if (each.isActive) active_ = number;
+        windows_.push_back(std::move(window));
+    }
+    numbers_ = std::move(numbers);
+
+    if (active_ != 0) {
+        std::erase(formerlyActive_, active_);
+        formerlyActive_.insert(formerlyActive_.begin(), active_);
+    }
+    std::erase_if(formerlyActive_, [this](std::int64_t number) {
+        return std::none_of(numbers_.begin(), numbers_.end(),
+                            [=](const auto& entry) { return entry.second == number; });
+    });
+    const auto rank = [this](const DesktopWindow& window) {
+        return std::find(formerlyActive_.begin(), formerlyActive_.end(), window.number);
+    };
+    std::stable_sort(windows_.begin(), windows_.end(),
+                     [&](const auto& one, const auto& other) { return rank(one) < rank(other); });
+    if (std::exchange(isOutdated_, false)) look();
+    tell();
+}
+
+std::int64_t AccessibilityBackend::numberOf(const atspi::Object& object) {
+    const auto known = numbers_.find(object);
+    return known != numbers_.end() ? known->second : ++lastNumber_;
+}
+
+void AccessibilityBackend::tell() {
+    const bool isOther = std::exchange(toldActive_, active_) != active_;
+    if (std::exchange(toldAvailable_, isAvailable_) != isAvailable_ && onAvailabilityChanged) {
+        onAvailabilityChanged(isAvailable_);
+    }
+    if (isOther && onActiveWindowChanged) onActiveWindowChanged();
+}
+
+std::optional<DesktopWindow> AccessibilityBackend::activeWindow() {
+    const auto now = windows();
+    const auto found =
+        std::find_if(now.begin(), now.end(), [this](const auto& window) { return window.number == active_; });
+    return found != now.end() ? std::optional(*found) : std::nullopt;
+}
+
+std::vector<DesktopWindow> AccessibilityBackend::windows() {
+    // Titles change without an event; the next question gets what is found now.
+    if (isAvailable_ && g_get_monotonic_time() - lookedAt_ > kFreshMicroseconds) look();
+    return windows_;
+}
+
+}  // namespace orvane
