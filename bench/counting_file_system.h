@@ -17,7 +17,7 @@ class CountingFileSystem : public FileSystemShim {
     Counts counts() const { return {syncs_, writes_}; }
 
   protected:
-    int judge(const FileRequest& request) override {
+    FileVerdict judge(const FileRequest& request) override {
         switch (request.operation) {
             case FileOperation::sync:
             case FileOperation::remove:  // which syncs the folder

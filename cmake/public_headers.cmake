@@ -41,6 +41,7 @@ set(ORVANE_PUBLIC_HEADERS
     platform/workspace.h
     platform/linux/error_presenter.h
     platform/simulated/failing_file_system.h
+    platform/simulated/file_operation.h
     platform/simulated/repeatable_uuid_source.h
     platform/simulated/simulated_accessibility.h
     platform/simulated/simulated_file_manager.h
@@ -49,6 +50,7 @@ set(ORVANE_PUBLIC_HEADERS
     platform/simulated/simulated_user_defaults.h
     platform/simulated/simulated_window_server.h
     platform/simulated/simulated_workspace.h
+    platform/simulated/unreliable_disk.h
     platform/simulated/virtual_clock.h
     platform/simulated/virtual_run_loop.h
     reporting/orvane_app_for_range.h
@@ -61,6 +63,7 @@ set(ORVANE_PUBLIC_HEADERS
     store/orvane_recording.h
     store/store_stack.h
     tracker/orvane.h
+    tracker/title_rules.h
     util/character_set.h
     util/color_text.h
     util/day_boundaries.h

@@ -57,6 +57,39 @@ int runAssign(const std::string& group, const std::vector<std::string>& applicat
               const CommonOptions& options);
 int runUnassign(const std::vector<std::string>& applications, const CommonOptions& options);
 
+/// Lists the user's rules about window titles.
+int runPrivacy(const CommonOptions& options);
+
+struct TitleRuleOptions {
+    std::optional<std::string> application;
+    std::optional<std::string> title;
+    bool privateWindows = false;
+    bool all = false;  ///< the rule may ask for nothing
+    std::optional<std::string> replacement;
+};
+
+int runAddTitleRule(const TitleRuleOptions& rule, const CommonOptions& options);
+/// Removes the rule of that number in the list.
+int runRemoveTitleRule(std::size_t number, const CommonOptions& options);
+/// Tells what would be recorded for a title.
+int runTestTitleRules(const std::string& application, const std::string& title, const CommonOptions& options);
+
+struct ForgetOptions {
+    CommonOptions common;
+    std::optional<std::string> range;
+    std::optional<std::string> application;
+    bool yes = false;  ///< do not ask
+};
+
+/// Deletes what was recorded, beyond recall.
+int runForget(const ForgetOptions& options);
+
+/// Tells whether the store is sound.
+int runCheck(const CommonOptions& options);
+/// Saves what can be read of a damaged database into a new one.
+int runRecover(const std::filesystem::path& from, const std::filesystem::path& to,
+               const CommonOptions& options);
+
 struct ExportOptions {
     CommonOptions common;
     std::string range = "all";

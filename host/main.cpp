@@ -35,6 +35,11 @@ class CommandLine {
         addGroups();
         addExport();
         addImport();
+        addPrivacy();
+        addForget();
+        addCommon("check", "Tell whether the store is sound",
+                  [this] { return orvane::host::runCheck(options_); });
+        addRecover();
         addCommon("doctor", "Tell what of the desktop is missing, and what to do about it",
                   [this] { return orvane::host::runDoctor(options_); });
         addSetup();
@@ -177,6 +182,55 @@ class CommandLine {
             ->type_name("FORMAT");
     }
 
+    void addPrivacy() {
+        CLI::App* privacy = addCommon("privacy", "List the rules about window titles",
+                                      [this] { return orvane::host::runPrivacy(options_); });
+        CLI::App* add = addCommon(
+            "add", "Hide window titles from now on; a title is hidden when all that is given holds",
+            [this] { return orvane::host::runAddTitleRule(titleRule_, options_); }, privacy);
+        add->add_option("--app", titleRule_.application, "Titles of this application; * stands for anything")
+            ->type_name("ID");
+        add->add_option("--title", titleRule_.title, "Titles in which this regular expression is found")
+            ->type_name("REGEX");
+        add->add_flag("--private-windows", titleRule_.privateWindows,
+                      "Titles that browsers give to private windows");
+        add->add_flag("--all", titleRule_.all, "All titles");
+        add->add_option("--replace", titleRule_.replacement, "Record this instead; nothing when left out")
+            ->type_name("TEXT");
+        addCommon(
+            "remove", "Remove a rule",
+            [this] { return orvane::host::runRemoveTitleRule(ruleNumber_, options_); }, privacy)
+            ->add_option("NUMBER", ruleNumber_, "The rule's number in the list")
+            ->required();
+        CLI::App* test = addCommon(
+            "test", "Tell what would be recorded for a title",
+            [this] { return orvane::host::runTestTitleRules(name_, title_, options_); }, privacy);
+        test->add_option("ID", name_, "The application's identifier")->required();
+        test->add_option("TITLE", title_, "The window's title")->required();
+    }
+
+    void addForget() {
+        CLI::App* forget = addCommon("forget", "Delete what was recorded, beyond recall", [this] {
+            forget_.common = options_;
+            return orvane::host::runForget(forget_);
+        });
+        forget->add_option("RANGE", forget_.range, "As for report; everything of --app when left out");
+        forget->add_option("--app", forget_.application, "Only what was recorded of this application")
+            ->type_name("APP");
+        forget->add_flag("--yes", forget_.yes, "Do not ask");
+    }
+
+    void addRecover() {
+        CLI::App* recover =
+            app_.add_subcommand("recover", "Save what can be read of a damaged database into a new one");
+        recover->footer(exitStatusText);
+        recover->add_flag("--json", options_.json, "Print JSON for programs");
+        recover->add_option("FROM", from_, "The damaged file; it is not changed")->required();
+        recover->add_option("TO", to_, "The file to make")->required();
+        recover->callback(
+            [this] { choose([this] { return orvane::host::runRecover(from_, to_, options_); }); });
+    }
+
     void addSetup() {
         CLI::App* setup = app_.add_subcommand("setup", "Make a desktop tell its windows");
         setup->footer(exitStatusText);
@@ -218,6 +272,12 @@ class CommandLine {
     std::string newName_;
     std::optional<std::string> color_;
     std::vector<std::string> applications_;
+    orvane::host::TitleRuleOptions titleRule_;
+    std::size_t ruleNumber_ = 0;
+    std::string title_;
+    orvane::host::ForgetOptions forget_;
+    std::string from_;
+    std::string to_;
     orvane::host::ExportOptions export_;
     orvane::host::ImportOptions import_;
     bool remove_ = false;

@@ -39,7 +39,10 @@ OutputFile::OutputFile(std::optional<std::filesystem::path> file, bool overwrite
     }
     temporary_ = (file_->parent_path() / (".orvane-" + file_->filename().string() + "-XXXXXX")).string();
     descriptor_ = ::mkostemp(temporary_.data(), O_CLOEXEC);  // with mode 0600
-    if (descriptor_ >= 0) return;
+    if (descriptor_ >= 0) {
+        ::fchmod(descriptor_, 0600);  // a umask may have taken rights from us
+        return;
+    }
     temporary_.clear();
     fail("cannot be written");
 }

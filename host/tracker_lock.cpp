@@ -29,6 +29,7 @@ TrackerLock::TrackerLock(const std::filesystem::path& folder) {
         problem_ = "The folder \"" + folder.string() + "\" cannot be written: " + std::strerror(errno) + ".";
         return;
     }
+    ::fchmod(descriptor, 0600);  // whatever the umask, or an earlier version, made of it
     if (::flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
         ::close(descriptor);
         problem_ = "Another tracker, or an import, is writing to \"" + folder.string() +

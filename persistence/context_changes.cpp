@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <atomic>
 #include <stdexcept>
+#include <utility>
 
 #include "persistence/context_state.h"
 #include "persistence/identifier_set.h"
@@ -16,10 +17,11 @@ std::int64_t nextTemporaryKey() {
 }
 
 Value objectList(std::vector<Ref<ManagedObject>>& objects, bool (*belongs)(const ManagedObject&)) {
+    // The memory of a long list goes with it.
+    const std::vector<Ref<ManagedObject>> listed = std::exchange(objects, {});
     Value::Array result;
-    for (const Ref<ManagedObject>& object : objects)
+    for (const Ref<ManagedObject>& object : listed)
         if (belongs(*object)) result.emplace_back(object);
-    objects.clear();
     return result;
 }
 

@@ -14,7 +14,7 @@ namespace {
 using sqlite::CompiledQuery;
 
 /// Rows read under one read lock. The parent, which saves on another thread, waits no longer than for these.
-constexpr std::int64_t pieceRows = 256;
+constexpr std::size_t pieceRows = 256;
 
 /// Reads the answer of a query in pieces, each under a read lock of its own: by the column of which the query
 /// bounds the range, where an index gives it in order, else by key.
@@ -24,8 +24,9 @@ class PieceReader {
     PieceReader(sqlite::Database& file, const EntityTable& table, RowPart part, std::string select)
         : file_(file), table_(table), part_(part), select_(std::move(select)) {}
 
-    template <class Take>
-    bool read(CompiledQuery query, QueryBranch branch, Error* error, Take&& take) const {
+    /// `makeRoom` is called before each piece, while no lock is held, and `take` with each row.
+    template <class MakeRoom, class Take>
+    bool read(CompiledQuery query, QueryBranch branch, Error* error, MakeRoom&& makeRoom, Take&& take) const {
         const bool byKey = branch == QueryBranch::alternative || query.pieceColumn.empty();
         const std::string key = "t0.\"_id\"";
         const std::string place = byKey ? key : "t0." + sqlite::quoted(query.pieceColumn);
@@ -37,10 +38,11 @@ class PieceReader {
         const int placeColumn = byKey ? 0 : columnOf(query.pieceColumn);
         std::vector<Value> values;
         for (bool first = true;; first = false) {
-            std::int64_t rows = 0;
+            std::size_t rows = 0;
             std::int64_t lastKey = 0;
             double lastPlace = 0;
-            values.emplace_back(pieceRows);
+            values.emplace_back(std::int64_t{pieceRows});
+            makeRoom();
             if (!runQuery(file_, select_ + body + (first ? "" : further) + end, query, values, error,
                           [&](const sqlite::Statement& row) {
                               take(row);
@@ -104,14 +106,20 @@ std::optional<std::vector<Ref<ManagedObject>>> ContextState::fetchAsChild(const 
     {
         TextBatch texts(storage_->texts());
         const PieceReader pieces(*file, entityTable, part, columnSelect(entity.index, part));
+        // A long answer takes milliseconds to move.
+        const auto makeRoom = [&] {
+            if (result.capacity() - result.size() < pieceRows)
+                result.reserve(std::max(result.capacity() * 2, result.size() + pieceRows));
+        };
         const auto take = [&](const sqlite::Statement& row) {
             ManagedObject& object = entityTable.findOrCreate(row.integer(0));
             result.emplace_back(&object);
             if (!EntityTable::isFilled(object, part)) entityTable.fill(object, row, part, texts);
         };
-        if (!query->alternativeWhere.empty() && !pieces.read(*query, QueryBranch::alternative, error, take))
+        if (!query->alternativeWhere.empty() &&
+            !pieces.read(*query, QueryBranch::alternative, error, makeRoom, take))
             return std::nullopt;
-        if (!pieces.read(*query, QueryBranch::ordinary, error, take)) return std::nullopt;
+        if (!pieces.read(*query, QueryBranch::ordinary, error, makeRoom, take)) return std::nullopt;
     }
 
     const std::vector<std::int64_t> candidates = changedMeanwhile(reader, entity.index);

@@ -158,6 +158,9 @@ bool ContextState::saveToStore(Error* error) {
 
 void ContextState::finishSave(const std::vector<NewKey>& assigned,
                               const std::vector<Ref<ManagedObject>>& vanished) {
+    // Without children nobody knows the old ones.
+    if (shared_ && shared_.use_count() == 1)
+        for (auto& keys : shared_->permanentKeys) keys.clear();
     for (const NewKey& key : assigned) {
         ManagedObject& object = *key.object;
         EntityTable& entityTable = *object.table_;

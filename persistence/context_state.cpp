@@ -41,7 +41,13 @@ void ContextState::checkThread() {
 }
 
 void ContextState::setCoordinator(std::shared_ptr<PersistentStoreCoordinator> coordinator) {
-    if (storage_) throw std::logic_error("the context has a coordinator already");
+    if (storage_) {
+        if (parent_) throw std::logic_error("a child context keeps the coordinator of its parent");
+        reset();
+        // Children know the keys of the earlier store, which must not meet those of the new one.
+        shared_.reset();
+        storage_->contextGone();
+    }
     coordinator_ = std::move(coordinator);
     storage_ = new ObjectStorage(*this, *coordinator_);
 }
@@ -59,9 +65,9 @@ sqlite::Database* ContextState::database(Error* error) {
 }
 
 sqlite::EntityStatements& ContextState::statements(std::size_t entityIndex) {
-    if (!parent_) return store()->statements(entityIndex);
-    if (ownStatements_.empty()) ownStatements_ = store()->copyOfStatements();
-    return ownStatements_[entityIndex];
+    if (!parent_) return store()->statements().of(entityIndex);
+    if (!ownStatements_) ownStatements_.emplace(coordinator_->model());
+    return ownStatements_->of(entityIndex);
 }
 
 const EntityDescription& ContextState::entityNamed(std::string_view name) const {

@@ -141,7 +141,7 @@ class ContextState {
     std::shared_ptr<PersistentStoreCoordinator> coordinator_;
     // Child contexts read through a connection, and with statement texts, of their own.
     std::unique_ptr<sqlite::Database> ownDatabase_;
-    std::vector<sqlite::EntityStatements> ownStatements_;
+    std::optional<sqlite::StatementTexts> ownStatements_;
     ObjectStorage* storage_ = nullptr;
     std::vector<Ref<ManagedObject>> listed_;
     std::vector<Ref<ManagedObject>> noticeInserted_;

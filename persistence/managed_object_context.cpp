@@ -120,7 +120,10 @@ StoreScope::StoreScope(ManagedObjectContext& context, bool forWriting) {
     const auto& coordinator = context.persistentStoreCoordinator();
     if (context.parentContext() || !coordinator || !coordinator->store()) return;
     store_ = coordinator->store();
-    store_->beginAhead(forWriting ? sqlite::Transaction::Kind::write : sqlite::Transaction::Kind::read);
+    Error error;
+    store_->beginAhead(forWriting ? sqlite::Transaction::Kind::write : sqlite::Transaction::Kind::read,
+                       &error);
+    lockedOut_ = error.domain() == persistenceErrorDomain && error.code() == storeLockedError;
 }
 
 StoreScope::~StoreScope() {

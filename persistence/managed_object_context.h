@@ -52,6 +52,9 @@ class ORVANE_EXPORT ManagedObjectContext {
     ManagedObjectContext(const ManagedObjectContext&) = delete;
     ManagedObjectContext& operator=(const ManagedObjectContext&) = delete;
 
+    /// The store that the context works on. In the place of an earlier one it means a fresh start: the
+    /// context lets go of every object and change, and objects still held elsewhere can no longer be used.
+    /// Child contexts keep to the earlier one. Not for a child context.
     void setPersistentStoreCoordinator(std::shared_ptr<PersistentStoreCoordinator> coordinator);
     const std::shared_ptr<PersistentStoreCoordinator>& persistentStoreCoordinator() const;
 
@@ -142,12 +145,16 @@ class ORVANE_EXPORT StoreScope {
     StoreScope(const StoreScope&) = delete;
     StoreScope& operator=(const StoreScope&) = delete;
 
+    /// Another program holds the lock.
+    bool isLockedOut() const { return lockedOut_; }
+
   protected:
     StoreScope(ManagedObjectContext& context, bool forWriting);
     ~StoreScope();
 
   private:
     std::shared_ptr<sqlite::Store> store_;
+    bool lockedOut_ = false;
 };
 
 /// For fetches that belong together: no other program's save is seen between them.

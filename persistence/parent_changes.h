@@ -37,7 +37,8 @@ class ParentChanges {
     std::mutex mutex;
     std::vector<EntityChanges> unsaved;             ///< by entity index
     std::vector<std::vector<EntityChanges>> inbox;  ///< one element a child's save, for the parent to take in
-    /// Temporary keys that became permanent, by entity index.
+    /// Temporary keys that became permanent while there were children, by entity index; forgotten at the
+    /// first save after the last child.
     std::vector<std::unordered_map<std::int64_t, std::int64_t>> permanentKeys;
 
     /// A child's fetch in progress: while there is one, the keys of saved rows are noted.

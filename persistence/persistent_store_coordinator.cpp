@@ -67,6 +67,12 @@ bool PersistentStoreCoordinator::addPersistentStore(std::string_view type, std::
     prepare.migrateAutomatically = options.migratePersistentStoresAutomatically && options.inferMappingModel;
     if (const auto mode = options.pragmas.find("journal_mode"); mode != options.pragmas.end())
         prepare.journalMode = mode->second;
+    const auto isSet = [&](const char* pragma, const char* value) {
+        const auto found = options.pragmas.find(pragma);
+        return found != options.pragmas.end() && found->second == value;
+    };
+    prepare.secureDelete = isSet("secure_delete", "ON");
+    prepare.lockExclusively = isSet("locking_mode", "EXCLUSIVE");
     auto prepared = sqlite::prepareStore(file, *model_, prepare, error);
     if (!prepared || !sqlite::registerFunctions(*prepared->database, error)) return false;
     auto store = std::make_shared<sqlite::Store>(file, std::move(*prepared), prepare, *model_);
@@ -75,6 +81,10 @@ bool PersistentStoreCoordinator::addPersistentStore(std::string_view type, std::
             if (!store->declareDerived(entity, objectClass->derived, error)) return false;
     store_ = std::move(store);
     return true;
+}
+
+bool PersistentStoreCoordinator::isStoreMoved(Error* error) const {
+    return store_ && store_->mainDatabase().wasMoved(error);
 }
 
 std::optional<ManagedObjectID> PersistentStoreCoordinator::managedObjectIDForURIRepresentation(

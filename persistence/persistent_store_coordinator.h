@@ -26,7 +26,7 @@ class Store;
 struct PersistentStoreOptions {
     bool migratePersistentStoresAutomatically = false;  ///< bring a file of an older model up to date
     bool inferMappingModel = false;                     ///< … by comparing the two models
-    std::map<std::string, std::string> pragmas;         ///< SQLite pragmas; "journal_mode" is known
+    std::map<std::string, std::string> pragmas;         ///< "journal_mode", "secure_delete", "locking_mode"
     std::string fileSystem;                             ///< SQLite VFS; empty for the usual one
     int busyTimeoutMilliseconds = 50;                   ///< how long another program's lock is waited for
 };
@@ -45,6 +45,10 @@ class ORVANE_EXPORT PersistentStoreCoordinator {
     bool addPersistentStore(std::string_view type, std::string_view configuration,
                             const std::filesystem::path& file, const PersistentStoreOptions& options,
                             Error* error = nullptr);
+
+    /// The store's file was deleted or moved, or another stands in its place: nothing is saved any more, as
+    /// the error says. A file that may not be looked at counts as unmoved.
+    bool isStoreMoved(Error* error = nullptr) const;
 
     const ManagedObjectModel& model() const { return *model_; }
     const std::shared_ptr<const ManagedObjectModel>& sharedModel() const { return model_; }

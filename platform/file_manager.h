@@ -38,6 +38,8 @@ class ORVANE_EXPORT FileManager {
     /// Makes a folder with all missing folders on the way, for this user alone (mode 0700). Success when it
     /// exists.
     virtual bool createDirectory(const std::filesystem::path& path, Error* error) = 0;
+    /// Takes the rights of others away from a folder that is the user's own; does nothing where that fails.
+    virtual void restrictToUser(const std::filesystem::path& folder) { static_cast<void>(folder); }
     virtual bool fileExists(const std::filesystem::path& path) = 0;
     /// A value of a bundle's information dictionary; none when there is no bundle or no such key.
     virtual Value bundleInformation(std::string_view bundlePath, std::string_view key) = 0;

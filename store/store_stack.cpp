@@ -1,6 +1,7 @@
 #include "store/store_stack.h"
 
 #include <stdexcept>
+#include <utility>
 
 #include "persistence/persistence_errors.h"
 #include "platform/platform.h"
@@ -47,6 +48,8 @@ std::optional<std::filesystem::path> StoreStack::usableFolder() const {
                   "Expected a folder to store application data, found a file (" + folder.string() + ")."));
         return std::nullopt;
     }
+    // A folder that the host named may be shared on purpose; ours is not.
+    if (!url_) files.restrictToUser(folder);
     return folder;
 }
 
@@ -85,6 +88,19 @@ std::shared_ptr<PersistentStoreCoordinator> StoreStack::persistentStoreCoordinat
     }
     coordinator_ = std::move(coordinator);
     return coordinator_;
+}
+
+bool StoreStack::followFile() {
+    Error error;
+    if (!coordinator_ || !coordinator_->isStoreMoved(&error)) return true;
+    present(error);
+    const auto gone = std::exchange(coordinator_, nullptr);
+    if (!persistentStoreCoordinator()) {
+        coordinator_ = gone;
+        return false;
+    }
+    if (context_) context_->setPersistentStoreCoordinator(coordinator_);
+    return true;
 }
 
 OrvaneManagedObjectContext* StoreStack::managedObjectContext() {

@@ -37,8 +37,12 @@ class ORVANE_EXPORT StoreStack {
     std::filesystem::path applicationFilesDirectory() const;
     /// With the database attached.
     std::shared_ptr<PersistentStoreCoordinator> persistentStoreCoordinator();
-    /// Owned by the stack,.
+    /// Owned by the stack.
     OrvaneManagedObjectContext* managedObjectContext();
+    /// Looks whether the database that is open was deleted, moved or replaced. If so, that is shown, the one
+    /// that stands in its place is opened or a new one is made, and the main context starts afresh on it:
+    /// objects and changes that it held are gone. False when none can be opened; the next call tries again.
+    bool followFile();
     /// The main context if it was built already.
     OrvaneManagedObjectContext* existingManagedObjectContext() const { return context_.get(); }
 

@@ -3,6 +3,7 @@
 #include <mutex>
 
 #include "foundation/key_conversion.h"
+#include "tracker/postponed_samples.h"
 #include "util/color_text.h"
 #include "util/day_boundaries.h"
 
@@ -58,7 +59,7 @@ Orvane& Orvane::sharedOrvane(const std::optional<std::filesystem::path>& url) {
         tracker = shared.get();
     }
     // Outside the lock: delivering the value may run a poll, and whoever that tells may ask for the tracker.
-    if (isNew) tracker->followEnabledDefault();
+    if (isNew) tracker->followDefaults();
     return *tracker;
 }
 
@@ -68,7 +69,7 @@ void Orvane::resetShared() {
     std::swap(ended, shared);
 }
 
-Orvane::Orvane() : platform_(Platform::current()) {
+Orvane::Orvane() : postponed_(std::make_unique<PostponedSamples>()), platform_(Platform::current()) {
     NotificationCenter& workspace = platform_.workspace().notificationCenter();
     const auto sleeps = [this](const Notification& notification) { willSleep(notification); };
     workspace.addObserver(
@@ -87,7 +88,10 @@ Orvane::~Orvane() {
     platform_.workspace().notificationCenter().removeObserver(this);
 }
 
-void Orvane::followEnabledDefault() {
+void Orvane::followDefaults() {
+    // First the rules: the other value may begin to record.
+    titleRulesBinding_ = platform_.userDefaults().bind(
+        orvaneTitleRulesDefault, [this](const Value& value) { takeUserTitleRules(value); });
     enabledBinding_ = platform_.userDefaults().bind(orvaneEnabledDefault,
                                                     [this](const Value& value) { setEnabled(value); });
 }
@@ -111,17 +115,27 @@ void Orvane::willSleep(const Notification&) { endRecording("Orvaning stopped due
 void Orvane::willTerminate(const Notification&) { endRecording("Orvaning stopped due to termination"); }
 
 void Orvane::endRecording(const char* logLine) {
+    storeStack_.followFile();
     if (isLogging() && currentRecording_) log(logLine);
-    if (currentRecording_) currentRecording_->setEndDate(orvaneSecondStart(platform_.clock().now()));
+    const Date now = orvaneSecondStart(platform_.clock().now());
+    const bool waits = !postponed_->isEmpty();
+    if (waits)
+        postponed_->add({.kind = Sample::Kind::end, .second = now}, nullptr);
+    else if (currentRecording_)
+        currentRecording_->setEndDate(now);
     setCurrentRecording(nullptr);
-    // What cannot be saved stays in the context for the next save.
-    if (ManagedObjectContext* context = managedObjectContext()) context->save();
+    if (ManagedObjectContext* context = managedObjectContext()) {
+        std::optional<WriteScope> scope;
+        if (waits) scope.emplace(*context);
+        if (scope && !scope->isLockedOut()) recordPostponed(*context);
+        // What cannot be saved stays in the context for the next save.
+        context->save();
+    }
     stop(nullptr);
 }
 
-void Orvane::schedulePoll() {
-    constexpr double interval = 10.0;  // seconds
-    platform_.runLoop().performSelector(this, pollSelector, interval, [this] { poll(); });
+void Orvane::schedulePoll(double delay) {
+    platform_.runLoop().performSelector(this, pollSelector, delay, [this] { poll(); });
 }
 
 void Orvane::setEnabled(const Value& enabled) {
@@ -138,6 +152,26 @@ void Orvane::setEnabled(const Value& enabled) {
 void Orvane::setIdleThreshold(std::optional<double> minutes) {
     const AnnouncedChange change(*this, "idleThreshold");
     idleThreshold_ = minutes;
+}
+
+void Orvane::setTitleRules(TitleRules rules) {
+    hostTitleRules_ = std::move(rules);
+    applyTitleRules();
+}
+
+void Orvane::takeUserTitleRules(const Value& value) {
+    Error error;
+    auto rules = TitleRules::read(value, &error);
+    // Nobody can tell what a rule was meant to hide that cannot be read.
+    if (!rules) log("Every window title is left out. " + error.localizedDescription());
+    userTitleRules_ = rules ? std::move(*rules) : TitleRules::hidingAll();
+    applyTitleRules();
+}
+
+void Orvane::applyTitleRules() {
+    if (!currentRecording_) return;
+    platform_.runLoop().cancelPreviousPerformRequests(this, pollSelector);
+    poll();
 }
 
 void Orvane::setIdleTime(double seconds) {

@@ -10,15 +10,20 @@
 #include "platform/platform.h"
 #include "store/orvane_recording.h"
 #include "store/store_stack.h"
+#include "tracker/title_rules.h"
 
 namespace orvane {
 
+class PostponedSamples;
 class RangeItem;
+struct Sample;
 
 // User defaults that the tracker reads.
 inline constexpr const char* orvaneEnabledDefault =
     "OrvaneEnabled";  ///< absent, false or true: see `enabled`
 inline constexpr const char* orvaneLoggingDefault = "OrvaneLogging";  ///< true: diagnostic lines are logged
+inline constexpr const char* orvaneTitleRulesDefault =
+    "OrvaneTitleRules";  ///< the user's rules about window titles: see `TitleRules::read`
 
 /// The tracker: every 10 seconds, and at every application switch, it samples the front window and keeps a
 /// recording of it in the store. There is one in a process. Everything here is for the host's main thread,
@@ -28,8 +33,8 @@ class ORVANE_EXPORT Orvane : public KeyedObject {
     static const KeyTable& classKeyTable();
 
     /// The process's tracker, made on the first call, which may come from any thread. It then follows the
-    /// user default "OrvaneEnabled", the workspace's activation and sleep notices and the host application's
-    /// end.
+    /// user defaults "OrvaneEnabled" and "OrvaneTitleRules", the workspace's activation and sleep notices and
+    /// the host application's end.
     static Orvane& sharedOrvane();
     /// The same, with the store in the folder `url` when this is the call that makes the tracker.
     static Orvane& sharedOrvane(const std::optional<std::filesystem::path>& url);
@@ -51,14 +56,17 @@ class ORVANE_EXPORT Orvane : public KeyedObject {
     void willTerminate(const Notification& notification);
 
     /// One sample: extends the current recording, or closes it and opens another, saves, and asks for the
-    /// next.
+    /// next. While another program holds the store's lock the samples wait in memory. A store that was
+    /// deleted, moved or replaced since the last poll is shown as an error, and recording begins afresh in
+    /// the file in its place.
     void poll();
 
     // The desktop as the tracker sees it
 
     std::optional<RunningApplication> frontmostApplication() const;
     /// Description of the frontmost application's front window, with the application's identifier and, where
-    /// only accessibility tells it, the title. None when the application shows no normal window.
+    /// only accessibility tells it, the title, which is what the rules below leave of it. None when the
+    /// application shows no normal window.
     std::optional<Dictionary> currentWindow() const;
 
     // Settings and state
@@ -71,6 +79,12 @@ class ORVANE_EXPORT Orvane : public KeyedObject {
     /// stored.
     double idleThreshold() const { return idleThreshold_.value_or(defaultIdleThreshold); }
     void setIdleThreshold(std::optional<double> minutes);
+    /// The host's rules about window titles; the user's come after them. What they hide reaches neither the
+    /// store nor the log. User rules that cannot be read hide every title, and the log tells why. New rules
+    /// apply at once: a span that is being recorded ends, when its title is to be hidden. What was recorded
+    /// before stays.
+    const TitleRules& titleRules() const { return hostTitleRules_; }
+    void setTitleRules(TitleRules rules);
     /// Seconds since the user's last input as of the last poll.
     double idleTime() const { return idleTime_; }
     void setIdleTime(double seconds);
@@ -113,22 +127,31 @@ class ORVANE_EXPORT Orvane : public KeyedObject {
 
   private:
     static constexpr double defaultIdleThreshold = 2;  // minutes
+    static constexpr double pollInterval = 10;         // seconds
 
-    void followEnabledDefault();
+    void followDefaults();
+    void takeUserTitleRules(const Value& value);
+    /// Samples a span anew that is being recorded.
+    void applyTitleRules();
     void endRecording(const char* logLine);
-    void schedulePoll();
+    void schedulePoll(double delay = pollInterval);
     bool isLogging() const;
     void log(const std::string& line) const;
-    Ref<OrvaneApp> applicationForSample(ManagedObjectContext& context, const std::string& identifier,
-                                        const Value& ownerName) const;
-    void switchTo(ManagedObjectContext& context, const Ref<OrvaneApp>& application, const Value& windowName,
-                  bool idle);
+    Date second(const Sample& sample) const;
+    void record(ManagedObjectContext& context, const Sample& sample);
+    void recordPostponed(ManagedObjectContext& context);
+    Ref<OrvaneApp> applicationForSample(ManagedObjectContext& context, const Sample& sample) const;
+    void switchTo(ManagedObjectContext& context, const Ref<OrvaneApp>& application, const Sample& sample);
 
     StoreStack storeStack_;
     Ref<OrvaneRecording> currentRecording_;
+    std::unique_ptr<PostponedSamples> postponed_;
     double idleTime_ = 0;
     Value enabled_;
     std::optional<double> idleThreshold_;
+    TitleRules hostTitleRules_;
+    TitleRules userTitleRules_;
+    std::shared_ptr<void> titleRulesBinding_;
     std::shared_ptr<void> enabledBinding_;
     Platform& platform_;
 };

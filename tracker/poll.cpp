@@ -2,6 +2,7 @@
 
 #include "store/orvane_app.h"
 #include "tracker/orvane.h"
+#include "tracker/postponed_samples.h"
 #include "util/color_text.h"
 #include "util/day_boundaries.h"
 #include "util/dominant_color.h"
@@ -34,6 +35,7 @@ void Orvane::poll() {
 
     // Whoever stops here asks for no further poll: the chain ends.
     if (!enabled_.boolValue()) return;
+    if (!storeStack_.followFile()) return;
     ManagedObjectContext* context = managedObjectContext();
     if (!context) return;
 
@@ -43,19 +45,45 @@ void Orvane::poll() {
     UndoManager* undoManager = context->undoManager();
     if (undoManager) undoManager->disableUndoRegistration();
 
-    std::optional<WriteScope> scope;
+    Sample sample{.kind = Sample::Kind::noWindow};
     if (const std::optional<Dictionary> window = currentWindow()) {
         const Value identifier = (*window)[kCGWindowOwnerBundleIdentifier];
-        const Value windowName = (*window)[kCGWindowName];
         if (identifier.isNone()) {
             // Nobody knows whose window this is: the sample is passed over, and undo registration stays
             // suspended.
             schedulePoll();
             return;
         }
+        sample = {.kind = Sample::Kind::window,
+                  .identifier = *identifier.asString(),
+                  .ownerName = (*window)[kCGWindowOwnerName],
+                  .windowName = (*window)[kCGWindowName],
+                  .idle = idleTime_ > idleLimit(idleThreshold())};
+    }
 
-        const bool idle = idleTime_ > idleLimit(idleThreshold());
+    std::optional<WriteScope> scope;
+    if (sample.kind == Sample::Kind::window || !postponed_->isEmpty()) scope.emplace(*context);
+    if (scope && scope->isLockedOut()) {
+        sample.second = orvaneSecondStart(platform_.clock().now());
+        postponed_->add(std::move(sample), currentRecording_);
+    } else {
+        recordPostponed(*context);
+        record(*context, sample);
+    }
+    // What cannot be saved stays in the context, and the next poll tries again.
+    context->save();
+    if (undoManager) undoManager->enableUndoRegistration();
+    // A recording that another program deleted is found gone by the save; what goes on is recorded anew.
+    schedulePoll(currentRecording_ && currentRecording_->isFault() ? 0 : pollInterval);
+}
 
+/// Now, for a sample that did not have to wait.
+Date Orvane::second(const Sample& sample) const {
+    return sample.second ? *sample.second : orvaneSecondStart(platform_.clock().now());
+}
+
+void Orvane::record(ManagedObjectContext& context, const Sample& sample) {
+    if (sample.kind == Sample::Kind::window) {
         Value previousName = "";
         Value previousIdentifier = "";
         bool previousIdle = false;
@@ -64,50 +92,51 @@ void Orvane::poll() {
             previousIdentifier = currentRecording_->valueForKeyPath("application.identifier");
             previousIdle = currentRecording_->idleValue();
         }
-
-        scope.emplace(*context);
-        const Ref<OrvaneApp> application =
-            applicationForSample(*context, *identifier.asString(), (*window)[kCGWindowOwnerName]);
-
-        const bool continues = sameText(windowName, previousName) && previousIdle == idle &&
-                               sameText(identifier, previousIdentifier);
-        if (!continues) switchTo(*context, application, windowName, idle);
+        const Ref<OrvaneApp> application = applicationForSample(context, sample);
+        const bool continues = sameText(sample.windowName, previousName) && previousIdle == sample.idle &&
+                               sameText(sample.identifier, previousIdentifier);
+        if (!continues) switchTo(context, application, sample);
     }
-
-    if (currentRecording_) {
-        currentRecording_->setEndDate(orvaneSecondStart(platform_.clock().now()));
-        if (const Ref<OrvaneApp> application = currentRecording_->application()) {
-            application->willChangeValueForKey("lastUsedDate");
-            application->didChangeValueForKey("lastUsedDate");
-        }
+    if (!currentRecording_) return;
+    currentRecording_->setEndDate(second(sample));
+    if (sample.kind == Sample::Kind::end) {
+        setCurrentRecording(nullptr);
+    } else if (const Ref<OrvaneApp> application = currentRecording_->application()) {
+        application->willChangeValueForKey("lastUsedDate");
+        application->didChangeValueForKey("lastUsedDate");
     }
-    // What cannot be saved stays in the context, and the next poll tries again.
-    context->save();
-    if (undoManager) undoManager->enableUndoRegistration();
-    schedulePoll();
 }
 
-Ref<OrvaneApp> Orvane::applicationForSample(ManagedObjectContext& context, const std::string& identifier,
-                                            const Value& ownerName) const {
+void Orvane::recordPostponed(ManagedObjectContext& context) {
+    if (postponed_->isEmpty()) return;
+    UndoManager* undoManager = context.undoManager();
+    if (undoManager) undoManager->disableUndoRegistration();
+    const auto [current, samples] = postponed_->take();
+    setCurrentRecording(current && !current->isFault() ? current : nullptr);
+    for (const Sample& sample : samples) record(context, sample);
+    if (undoManager) undoManager->enableUndoRegistration();
+}
+
+Ref<OrvaneApp> Orvane::applicationForSample(ManagedObjectContext& context, const Sample& sample) const {
     const auto known =
         context.fetch<OrvaneApp>({std::string(OrvaneApp::entityName()),
-                                  Predicate::withFormat("identifier == %@", {Value(identifier)})});
+                                  Predicate::withFormat("identifier == %@", {Value(sample.identifier)})});
     if (!known.empty()) return known.front();
 
     Ref<OrvaneApp> application = OrvaneApp::insertInManagedObjectContext(context);
-    application->setIdentifier(identifier);
-    if (const std::string* name = ownerName.asString()) application->setName(*name);
+    application->setIdentifier(sample.identifier);
+    if (const std::string* name = sample.ownerName.asString()) application->setName(*name);
     Workspace& workspace = platform_.workspace();
-    const auto location = workspace.URLForApplicationWithBundleIdentifier(identifier);
+    const auto location = workspace.URLForApplicationWithBundleIdentifier(sample.identifier);
     application->setColor(
         hexStringForColor(location ? dominantColor(workspace.iconForFile(*location)) : std::nullopt));
     return application;
 }
 
 void Orvane::switchTo(ManagedObjectContext& context, const Ref<OrvaneApp>& application,
-                      const Value& windowName, bool idle) {
+                      const Sample& sample) {
     if (currentRecording_) {
-        currentRecording_->setEndDate(orvaneSecondStart(platform_.clock().now()));
+        currentRecording_->setEndDate(second(sample));
         if (isLogging()) log("Orvane stopped " + currentRecording_->debugInfo().description());
     }
     if (application->disabledValue()) {
@@ -116,10 +145,10 @@ void Orvane::switchTo(ManagedObjectContext& context, const Ref<OrvaneApp>& appli
     }
     const Ref<OrvaneRecording> recording = OrvaneRecording::insertInManagedObjectContext(context);
     setCurrentRecording(recording);
-    recording->setStartDate(orvaneSecondStart(platform_.clock().now()));
+    recording->setStartDate(second(sample));
     recording->setApplication(application);
-    if (const std::string* name = windowName.asString()) recording->setWindowName(*name);
-    recording->setIdle(idle);
+    if (const std::string* name = sample.windowName.asString()) recording->setWindowName(*name);
+    recording->setIdle(sample.idle);
     if (isLogging()) log("Orvane started " + recording->debugInfo().description());
 }
 

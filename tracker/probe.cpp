@@ -53,6 +53,14 @@ std::optional<Dictionary> Orvane::currentWindow() const {
     if (accessibility.isProcessTrusted() && isEmptyText(window[kCGWindowName]))
         if (const auto title = focusedWindowTitle(accessibility, application.processIdentifier))
             window.set(kCGWindowName, *title);
+
+    if (const Value name = window[kCGWindowName]; const std::string* title = name.asString())
+        for (const TitleRules* rules : {&hostTitleRules_, &userTitleRules_})
+            if (const std::string identifier = application.bundleIdentifier.value_or("");
+                rules->ruleHiding(identifier, *title)) {
+                window.set(kCGWindowName, rules->recordedTitle(identifier, *title));
+                break;
+            }
     return window;
 }
 

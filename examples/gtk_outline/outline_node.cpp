@@ -34,8 +34,9 @@ GListStore* outline_node_children(OutlineNode* node) { return node->children; }
 
 /// What tells items apart: names may be equal.
 static std::pair<bool, std::string> identityOf(const RangeItem& item) {
-    const std::string* uid = item.valueForKey("uid").asString();
-    return {item.isGroup(), uid ? *uid : ""};
+    const Value uid = item.valueForKey("uid");
+    const std::string* text = uid.asString();
+    return {item.isGroup(), text ? *text : ""};
 }
 
 static void setItem(OutlineNode* node, const Ref<RangeItem>& item, DecimalSeconds longest) {

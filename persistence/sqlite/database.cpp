@@ -47,6 +47,8 @@ bool demandPlainFile(const std::filesystem::path& file, bool create, Error* erro
         const int descriptor =
             ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600);
         if (descriptor >= 0) {
+            // Whatever the umask: without rights of our own it could not be opened again.
+            ::fchmod(descriptor, 0600);
             ::close(descriptor);
             return true;
         }
@@ -79,16 +81,28 @@ bool demandPlainFile(const std::filesystem::path& file, bool create, Error* erro
     }
 }
 
-/// Locks are held for as long as a commit or a piece of a long read takes, so short waits lose the least;
-/// those of SQLite's own handler grow to a tenth of a second.
-int waitForLock(void* mostMilliseconds, int round) {
-    constexpr int roundsPerMillisecond = 4;
-    if (round / roundsPerMillisecond >= *static_cast<const int*>(mostMilliseconds)) return 0;
-    ::usleep(1000 / roundsPerMillisecond);
+}  // namespace
+
+// Locks are held for as long as a commit or a piece of a long read takes, so short waits lose the least;
+// those of SQLite's own handler grow to a tenth of a second.
+int Database::waitForLock(void* state, int round) {
+    constexpr std::chrono::microseconds pause(250);
+    constexpr std::chrono::milliseconds untilPatientAgain(250);
+    auto& patience = *static_cast<Patience*>(state);
+    const auto now = std::chrono::steady_clock::now();
+    if (round == 0) {
+        // Whoever holds a lock for so long will hold it a while longer.
+        const bool hasGivenUp = patience.gaveUp != std::chrono::steady_clock::time_point{};
+        if (hasGivenUp && now - patience.gaveUp < untilPatientAgain) return 0;
+        patience.began = now;
+    }
+    if (now - patience.began >= patience.most) {
+        patience.gaveUp = now;
+        return 0;
+    }
+    ::usleep(static_cast<useconds_t>(pause.count()));
     return 1;
 }
-
-}  // namespace
 
 void Statement::bind(int index, const Value& value) {
     if (value.isNone()) {
@@ -137,7 +151,7 @@ std::unique_ptr<Database> Database::open(const std::filesystem::path& file, cons
         return nullptr;
     }
     std::unique_ptr<Database> database(new Database(handle, file, options.busyTimeoutMilliseconds));
-    sqlite3_busy_handler(handle, waitForLock, &database->busyTimeoutMilliseconds_);
+    sqlite3_busy_handler(handle, &Database::waitForLock, &database->patience_);
     return database;
 }
 
@@ -183,6 +197,18 @@ std::optional<Value> Database::singleValue(std::string_view sql, Error* error) {
         default:
             return Value(use->text(0));
     }
+}
+
+bool Database::wasMoved(Error* error) const {
+    int moved = 0;
+    if (sqlite3_file_control(handle_, "main", SQLITE_FCNTL_HAS_MOVED, &moved) != SQLITE_OK || !moved)
+        return false;
+    // SQLite also says so of a file that it may not look at just now.
+    struct stat status {};
+    if (::stat(sqlite3_db_filename(handle_, "main"), &status) != 0 && errno != ENOENT && errno != ENOTDIR)
+        return false;
+    assignError(error, errorForCode(SQLITE_READONLY_DBMOVED, "another file, or none, stands there", file_));
+    return true;
 }
 
 Error Database::lastError() const {

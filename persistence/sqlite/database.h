@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -81,7 +82,9 @@ struct OpenOptions {
     std::string fileSystem;  ///< name of the SQLite VFS; empty for the usual one
     bool create = false;
     bool readOnly = false;
-    /// How long a call waits at most for another's lock. The default suits a main thread.
+    /// How long a call waits at most for another's lock. Calls that come within a quarter of a second after
+    /// one that waited in vain do not wait at all, so that several in a row take hardly longer than one. The
+    /// default suits a main thread.
     int busyTimeoutMilliseconds = 25;
 };
 
@@ -106,12 +109,26 @@ class Database {
     /// The error of the call that failed last on this connection, in `persistenceErrorDomain`.
     Error lastError() const;
 
+    /// Another file, or none, stands where this one was opened: nothing is written to this one any more, as
+    /// the error says.
+    bool wasMoved(Error* error) const;
+
     sqlite3* handle() const { return handle_; }
     const std::filesystem::path& file() const { return file_; }
 
   private:
+    /// How long is waited for locks, and since when.
+    struct Patience {
+        std::chrono::milliseconds most;
+        std::chrono::steady_clock::time_point began = {};
+        std::chrono::steady_clock::time_point gaveUp = {};
+    };
+    static int waitForLock(void* patience, int round);
+
     Database(sqlite3* handle, std::filesystem::path file, int busyTimeoutMilliseconds)
-        : handle_(handle), file_(std::move(file)), busyTimeoutMilliseconds_(busyTimeoutMilliseconds) {}
+        : handle_(handle),
+          file_(std::move(file)),
+          patience_{std::chrono::milliseconds(busyTimeoutMilliseconds)} {}
 
     struct TextHash {
         using is_transparent = void;
@@ -120,7 +137,7 @@ class Database {
 
     sqlite3* handle_;
     std::filesystem::path file_;
-    int busyTimeoutMilliseconds_;
+    Patience patience_;
     std::unordered_map<std::string, Statement, TextHash, std::equal_to<>> statements_;
 };
 

@@ -67,6 +67,8 @@ struct PrepareOptions {
     OpenOptions open;
     bool migrateAutomatically = false;
     std::string journalMode = "DELETE";
+    bool secureDelete = false;     ///< zeros are written over what is deleted
+    bool lockExclusively = false;  ///< locks are held from their first use until the connection ends
 };
 
 /// Opens the file, creating it with the model's schema when it is new or empty, or brings one of an older

@@ -26,7 +26,8 @@ Meaning meaningOf(int code) {
             return corrupt;
         case SQLITE_READONLY_DBMOVED:
             return {storeInputOutputError,
-                    "was moved or deleted while it was in use. Put it back and start the application again."};
+                    "was deleted, moved or replaced while it was in use. What is recorded from now on goes "
+                    "into the file that stands in its place, or into a new one."};
         case SQLITE_READONLY_DIRECTORY:
             return {storeReadOnlyError,
                     "lies in a folder that cannot be written. Give yourself permission to write there."};

@@ -102,19 +102,26 @@ const std::string& EntityStatements::update(std::uint64_t written) {
     return text;
 }
 
+EntityStatements& StatementTexts::of(std::size_t entityIndex) {
+    EntityStatements& texts = texts_[entityIndex];
+    if (texts.tableName.empty()) texts = statementsFor(model_.entities()[entityIndex]);
+    return texts;
+}
+
 Store::Store(std::filesystem::path file, PreparedStore prepared, PrepareOptions options,
              const ManagedObjectModel& model)
     : file_(std::move(file)),
       identifier_(std::make_shared<const std::string>(std::move(prepared.storeIdentifier))),
       options_(std::move(options)),
-      database_(std::move(prepared.database)) {
-    for (const EntityDescription& entity : model.entities()) statements_.push_back(statementsFor(entity));
-}
+      database_(std::move(prepared.database)),
+      statements_(model) {}
 
-void Store::beginAhead(Transaction::Kind kind) {
+bool Store::beginAhead(Transaction::Kind kind, Error* error) {
     ahead_.reset();
-    auto transaction = std::make_unique<Transaction>(*database_, kind, nullptr);
-    if (transaction->begun()) ahead_ = std::move(transaction);
+    auto transaction = std::make_unique<Transaction>(*database_, kind, error);
+    if (!transaction->begun()) return false;
+    ahead_ = std::move(transaction);
+    return true;
 }
 
 bool Store::declareDerived(const EntityDescription& entity, std::span<const DerivedSeconds> derived,

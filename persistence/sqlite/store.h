@@ -30,6 +30,20 @@ struct EntityStatements {
     std::string tableName;
 };
 
+/// The statement texts of a model's entities, made when they are first asked for. One thread.
+class StatementTexts {
+  public:
+    /// The model must outlive this.
+    explicit StatementTexts(const ManagedObjectModel& model)
+        : model_(model), texts_(model.entities().size()) {}
+
+    EntityStatements& of(std::size_t entityIndex);
+
+  private:
+    const ManagedObjectModel& model_;
+    std::vector<EntityStatements> texts_;
+};
+
 /// An open store: the file, its identity and the connection that main-queue contexts share.
 class Store {
   public:
@@ -42,8 +56,9 @@ class Store {
     /// A further connection, with all functions registered, for a context on another thread.
     std::unique_ptr<Database> openConnection(Error* error) const;
 
-    /// Begins a transaction ahead of the operations that are to share it, when the lock can be had.
-    void beginAhead(Transaction::Kind kind);
+    /// Begins a transaction ahead of the operations that are to share it. False, with an error, when that
+    /// fails, as when the lock cannot be had.
+    bool beginAhead(Transaction::Kind kind, Error* error);
     /// The transaction begun ahead, which ends with what is returned; none when there is none.
     std::unique_ptr<Transaction> takeTransaction() { return std::exchange(ahead_, nullptr); }
 
@@ -53,8 +68,7 @@ class Store {
                         Error* error);
 
     /// Used by main-queue contexts alone: each thread of a child context keeps texts of its own.
-    EntityStatements& statements(std::size_t entityIndex) { return statements_[entityIndex]; }
-    std::vector<EntityStatements> copyOfStatements() const { return statements_; }
+    StatementTexts& statements() { return statements_; }
 
   private:
     struct Derived {
@@ -68,7 +82,7 @@ class Store {
     PrepareOptions options_;
     std::unique_ptr<Database> database_;
     std::unique_ptr<Transaction> ahead_;
-    std::vector<EntityStatements> statements_;
+    StatementTexts statements_;
     std::vector<Derived> derived_;
 };
 

@@ -2,6 +2,7 @@
 #include <array>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "persistence/persistence_errors.h"
@@ -30,9 +31,11 @@ bool configure(Database& database, Error* error) {
 }
 
 /// Every commit is on the disk when it returns. Set after the first look at the file, whose failures are told
-/// apart.
+/// apart; where SQLite was built with that as its default there is nothing to set.
 bool commitDurably(Database& database, Error* error) {
-    return database.execute("PRAGMA synchronous = FULL", error);
+    static const bool isDefault = sqlite3_compileoption_used("DEFAULT_SYNCHRONOUS=2") != 0 &&
+                                  sqlite3_compileoption_used("DEFAULT_WAL_SYNCHRONOUS=2") != 0;
+    return isDefault || database.execute("PRAGMA synchronous = FULL", error);
 }
 
 bool isMode(const std::string& mode, const char* name) { return sqlite3_stricmp(mode.c_str(), name) == 0; }
@@ -65,6 +68,14 @@ bool demandWritable(Database& database, Error* error) {
                                                                                  : SQLITE_READONLY,
                              "opened for reading only", database.file()));
     return false;
+}
+
+/// Earlier versions, copies and backups may have left the file open to others. Journals take its mode.
+void restrictToUser(const Database& database) {
+    const char* path = sqlite3_db_filename(database.handle(), "main");
+    struct stat status {};
+    if (::stat(path, &status) == 0 && status.st_uid == ::geteuid() && (status.st_mode & 077) != 0)
+        ::chmod(path, status.st_mode & 0700);
 }
 
 bool makeIndexes(Database& database, const std::vector<IndexText>& indexes, Error* error) {
@@ -117,11 +128,15 @@ std::optional<PreparedStore> prepareStore(const std::filesystem::path& file, con
     // Fetches name some of the indexes, so a file for reading cannot go without them either.
     if ((!options.open.readOnly || needsWork(*found)) && !demandWritable(*database, error))
         return std::nullopt;
+    if (!options.open.readOnly) restrictToUser(*database);
     if (needsWork(*found)) {
         found = bringUpToDate(*database, model, error);
         if (!found) return std::nullopt;
     }
     if (!options.open.readOnly && !setJournalMode(*database, options.journalMode, found->writeAhead, error))
+        return std::nullopt;
+    if (options.secureDelete && !database->execute("PRAGMA secure_delete = ON", error)) return std::nullopt;
+    if (options.lockExclusively && !database->execute("PRAGMA locking_mode = EXCLUSIVE", error))
         return std::nullopt;
     return PreparedStore{std::move(database), std::move(found->storeIdentifier)};
 }

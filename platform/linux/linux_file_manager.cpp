@@ -75,8 +75,17 @@ bool LinuxFileManager::createDirectory(const fs::path& path, Error* error) {
             assignError(error, fileWriteError(folder, failure));
             return false;
         }
+    } else {
+        // A umask may only have taken rights from us; without them nothing could be put there.
+        chmod(folder.c_str(), 0700);
     }
     return true;
+}
+
+void LinuxFileManager::restrictToUser(const fs::path& folder) {
+    struct stat status {};
+    if (stat(folder.c_str(), &status) == 0 && status.st_uid == geteuid() && (status.st_mode & 077) != 0)
+        chmod(folder.c_str(), status.st_mode & 0700);
 }
 
 bool LinuxFileManager::fileExists(const fs::path& path) { return access(path.c_str(), F_OK) == 0; }

@@ -12,6 +12,7 @@ class LinuxFileManager : public FileManager {
     std::vector<std::filesystem::path> applicationSupportDirectories() override;
     std::optional<bool> isDirectory(const std::filesystem::path& path, Error* error) override;
     bool createDirectory(const std::filesystem::path& path, Error* error) override;
+    void restrictToUser(const std::filesystem::path& folder) override;
     bool fileExists(const std::filesystem::path& path) override;
     /// "CFBundleName" is the entry's name in the user's language, "CFBundleIdentifier" its identifier.
     Value bundleInformation(std::string_view bundlePath, std::string_view key) override;

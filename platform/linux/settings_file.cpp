@@ -171,6 +171,7 @@ bool SettingsFile::write(const std::string& text, Error* error) {
         assignError(error, fileWriteError(file, errno));
         return false;
     }
+    fchmod(descriptor.number(), 0600);  // a umask may have taken rights from us
     if (!writeAll(descriptor.number(), text) || fsync(descriptor.number()) != 0 ||
         rename(temporary.c_str(), file.c_str()) != 0) {
         assignError(error, fileWriteError(file, errno));

@@ -12,7 +12,7 @@ class FailingFileSystem::Shim : public FileSystemShim {
     explicit Shim(FailingFileSystem& owner) : owner_(owner) {}
 
   protected:
-    int judge(const FileRequest& request) override {
+    FileVerdict judge(const FileRequest& request) override {
         switch (request.operation) {
             case FileOperation::open:
                 return judgeOpen(request);

@@ -24,7 +24,7 @@ struct FileSystemShim::Calls {
     static sqlite3_file* usual(sqlite3_file* file) { return ours(file).usual(); }
     static FileSystemShim& shim(sqlite3_vfs* vfs) { return *static_cast<FileSystemShim*>(vfs->pAppData); }
 
-    static int ask(sqlite3_file* file, FileRequest request) {
+    static FileVerdict ask(sqlite3_file* file, FileRequest request) {
         File& f = ours(file);
         if (!f.kind) return SQLITE_OK;
         request.kind = *f.kind;
@@ -40,26 +40,36 @@ struct FileSystemShim::Calls {
         return result;
     }
     static int read(sqlite3_file* file, void* buffer, int amount, sqlite3_int64 offset) {
-        const int refused =
-            ask(file, {.operation = FileOperation::read, .kind = {}, .path = {}, .offset = offset});
-        return refused ? refused : usual(file)->pMethods->xRead(usual(file), buffer, amount, offset);
+        const FileVerdict verdict = ask(file, {.operation = FileOperation::read,
+                                               .kind = {},
+                                               .path = {},
+                                               .offset = offset,
+                                               .size = static_cast<std::size_t>(amount)});
+        const int wanted = verdict.result ? static_cast<int>(verdict.bytesDone) : amount;
+        if (verdict.result && wanted == 0) return verdict.result;
+        const int result = usual(file)->pMethods->xRead(usual(file), buffer, wanted, offset);
+        return verdict.result ? verdict.result : result;
     }
     static int write(sqlite3_file* file, const void* buffer, int amount, sqlite3_int64 offset) {
-        const int refused = ask(
-            file, {.operation = FileOperation::write,
-                   .kind = {},
-                   .path = {},
-                   .offset = offset,
-                   .bytes = {static_cast<const std::uint8_t*>(buffer), static_cast<std::size_t>(amount)}});
-        return refused ? refused : usual(file)->pMethods->xWrite(usual(file), buffer, amount, offset);
+        const auto size = static_cast<std::size_t>(amount);
+        const FileVerdict verdict = ask(file, {.operation = FileOperation::write,
+                                               .kind = {},
+                                               .path = {},
+                                               .offset = offset,
+                                               .size = size,
+                                               .bytes = {static_cast<const std::uint8_t*>(buffer), size}});
+        const int wanted = verdict.result ? static_cast<int>(verdict.bytesDone) : amount;
+        if (verdict.result && wanted == 0) return verdict.result;
+        const int result = usual(file)->pMethods->xWrite(usual(file), buffer, wanted, offset);
+        return verdict.result ? verdict.result : result;
     }
     static int truncate(sqlite3_file* file, sqlite3_int64 size) {
         const int refused =
-            ask(file, {.operation = FileOperation::truncate, .kind = {}, .path = {}, .offset = size});
+            ask(file, {.operation = FileOperation::truncate, .kind = {}, .path = {}, .offset = size}).result;
         return refused ? refused : usual(file)->pMethods->xTruncate(usual(file), size);
     }
     static int sync(sqlite3_file* file, int flags) {
-        const int refused = ask(file, {.operation = FileOperation::sync, .kind = {}, .path = {}});
+        const int refused = ask(file, {.operation = FileOperation::sync, .kind = {}, .path = {}}).result;
         return refused ? refused : usual(file)->pMethods->xSync(usual(file), flags);
     }
     static int fileSize(sqlite3_file* file, sqlite3_int64* size) {
@@ -79,7 +89,7 @@ struct FileSystemShim::Calls {
     }
     static int sectorSize(sqlite3_file* file) { return usual(file)->pMethods->xSectorSize(usual(file)); }
     static int deviceCharacteristics(sqlite3_file* file) {
-        return usual(file)->pMethods->xDeviceCharacteristics(usual(file));
+        return ours(file).shim->characteristics(usual(file)->pMethods->xDeviceCharacteristics(usual(file)));
     }
     static int shmMap(sqlite3_file* file, int region, int size, int extend, void volatile** memory) {
         return usual(file)->pMethods->xShmMap(usual(file), region, size, extend, memory);
@@ -108,7 +118,8 @@ struct FileSystemShim::Calls {
             const int refused = self.judge({.operation = FileOperation::open,
                                             .kind = *kind,
                                             .path = name,
-                                            .creates = (flags & SQLITE_OPEN_CREATE) != 0});
+                                            .creates = (flags & SQLITE_OPEN_CREATE) != 0})
+                                    .result;
             if (refused) return refused;
         }
         File* f = new (file) File{{nullptr}, &self, kind, name ? name : ""};
@@ -132,8 +143,11 @@ struct FileSystemShim::Calls {
     static int remove(sqlite3_vfs* vfs, const char* name, int syncFolder) {
         FileSystemShim& self = shim(vfs);
         // Only journals are ever removed.
-        const int refused =
-            self.judge({.operation = FileOperation::remove, .kind = FileKind::journal, .path = name});
+        const int refused = self.judge({.operation = FileOperation::remove,
+                                        .kind = FileKind::journal,
+                                        .path = name,
+                                        .syncsFolder = syncFolder != 0})
+                                .result;
         if (refused) return refused;
         sqlite3_vfs* below = self.below(name);
         return below->xDelete(below, name, syncFolder);

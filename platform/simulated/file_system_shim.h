@@ -9,11 +9,10 @@
 #include <string_view>
 
 #include "foundation/internal.h"
+#include "platform/simulated/file_operation.h"
 #include "platform/simulated/memory_file_system.h"
 
 namespace orvane {
-
-enum class FileOperation { open, read, write, truncate, sync, remove };
 
 /// The files of one database: itself, and whatever SQLite keeps beside it to undo or redo a transaction.
 enum class FileKind { database, journal };
@@ -25,7 +24,18 @@ struct FileRequest {
     std::string_view path;
     bool creates = false;                      ///< open: the file is made when it is missing
     std::int64_t offset = 0;                   ///< read and write; truncate: the new size
+    std::size_t size = 0;                      ///< read and write: number of bytes
     std::span<const std::uint8_t> bytes = {};  ///< write
+    bool syncsFolder = false;                  ///< remove: it is to be on the disk when the call returns
+};
+
+/// What becomes of a request.
+struct FileVerdict {
+    FileVerdict(int code) : result(code) {}
+    FileVerdict(int code, std::size_t bytes) : result(code), bytesDone(bytes) {}
+
+    int result;                 ///< SQLITE_OK lets it happen; any other code is what SQLite is told instead
+    std::size_t bytesDone = 0;  ///< so many bytes of a refused read or write are still read or written
 };
 
 /// An SQLite file system (VFS) that passes everything on to the usual one, or to one in memory, after asking
@@ -44,11 +54,16 @@ class FileSystemShim {
     void keepInMemory(const std::string& folder);
 
   protected:
-    /// SQLITE_OK lets it happen; any other result code is what SQLite is told instead. Any thread.
-    virtual int judge(const FileRequest& request) = 0;
+    /// Any thread.
+    virtual FileVerdict judge(const FileRequest& request) = 0;
     /// Told after a database or journal was opened, and before it is closed. Any thread.
     virtual void opened(FileKind, const std::string&) {}
     virtual void closed(FileKind, const std::string&) {}
+    /// The guarantees that SQLite may count on (SQLITE_IOCAP_…), given those of the file system below.
+    virtual int characteristics(int below) const { return below; }
+
+    /// What is kept in memory; null before `keepInMemory`.
+    MemoryFileSystem* memory() { return memory_.get(); }
 
   private:
     struct File;

@@ -217,6 +217,23 @@ MemoryFileSystem::MemoryFileSystem() : vfs_(*sqlite3_vfs_find(nullptr)) {
     vfs_.xAccess = Calls::access;
 }
 
+void MemoryFileSystem::setFiles(const std::map<std::string, std::vector<std::uint8_t>>& files) {
+    std::map<std::string, std::shared_ptr<Content>, std::less<>> made;
+    for (const auto& [path, bytes] : files) {
+        auto content = std::make_shared<Content>();
+        const auto size = static_cast<sqlite3_int64>(bytes.size());
+        content->resize(size);
+        const std::uint8_t* source = bytes.data();
+        content->forEachPart(0, size, [&](std::uint8_t* target, std::size_t count) {
+            std::memcpy(target, source, count);
+            source += count;
+        });
+        made.emplace(path, std::move(content));
+    }
+    const std::lock_guard guard(mutex_);
+    files_ = std::move(made);
+}
+
 int MemoryFileSystem::fileSize() { return sizeof(File); }
 
 std::shared_ptr<MemoryFileSystem::Content> MemoryFileSystem::content(std::string_view path, bool create) {

@@ -2,11 +2,13 @@
 
 #include <sqlite3.h>
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "foundation/internal.h"
 
@@ -22,6 +24,8 @@ class MemoryFileSystem {
     MemoryFileSystem& operator=(const MemoryFileSystem&) = delete;
 
     sqlite3_vfs* vfs() { return &vfs_; }
+    /// Puts these files, by path, in the place of all there are. Databases that are open keep the old ones.
+    void setFiles(const std::map<std::string, std::vector<std::uint8_t>>& files);
     /// Bytes that SQLite has to allot for an open file.
     static int fileSize();
 

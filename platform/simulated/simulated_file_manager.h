@@ -24,19 +24,25 @@ class ORVANE_EXPORT SimulatedFileManager : public FileManager {
     Value bundleInformation(std::string_view bundlePath, std::string_view key) override;
     std::optional<std::filesystem::path> URLForResource(std::string_view name,
                                                         std::string_view extension) override;
-    std::string databaseFileSystem() override { return databaseFileSystem_.name(); }
+    std::string databaseFileSystem() override {
+        return otherFileSystem_.empty() ? failingFileSystem_.name() : otherFileSystem_;
+    }
 
     /// The simulated user's folder for application data.
     void setApplicationSupportDirectory(std::filesystem::path folder) { supportFolder_ = std::move(folder); }
     /// Where resources are looked for; empty (at first): where the library's own lie.
     void setResourceDirectory(std::filesystem::path folder) { resourceFolder_ = std::move(folder); }
-    FailingFileSystem& failingFileSystem() { return databaseFileSystem_; }
+    /// The one that databases are opened through, unless another was set.
+    FailingFileSystem& failingFileSystem() { return failingFileSystem_; }
+    /// Opens databases through another SQLite file system, which is named; empty: the failing one again.
+    void setDatabaseFileSystem(std::string name) { otherFileSystem_ = std::move(name); }
 
   private:
     SimulatedWorkspace& workspace_;
     std::filesystem::path supportFolder_;
     std::filesystem::path resourceFolder_;
-    FailingFileSystem databaseFileSystem_;
+    std::string otherFileSystem_;
+    FailingFileSystem failingFileSystem_;
 };
 
 }  // namespace orvane

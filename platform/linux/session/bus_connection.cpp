@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "platform/linux/session/reply_values.h"
+
 namespace orvane {
 
 namespace {
@@ -85,17 +87,7 @@ void BusConnection::getBoolean(const BusObject& object, const char* property,
                                std::function<void(std::optional<bool>)> reply) {
     call({object.service, object.path, "org.freedesktop.DBus.Properties"}, "Get",
          g_variant_new("(ss)", object.interface.c_str(), property),
-         [reply = std::move(reply)](GVariant* values, GUnixFDList*) {
-             std::optional<bool> result;
-             if (values != nullptr && g_variant_is_of_type(values, G_VARIANT_TYPE("(v)"))) {
-                 GVariant* inner = nullptr;
-                 g_variant_get(values, "(v)", &inner);
-                 const Variant owned(inner);
-                 if (g_variant_is_of_type(inner, G_VARIANT_TYPE_BOOLEAN))
-                     result = g_variant_get_boolean(inner);
-             }
-             reply(result);
-         });
+         [reply = std::move(reply)](GVariant* values, GUnixFDList*) { reply(booleanPropertyIn(values)); });
 }
 
 BusToken BusConnection::subscribe(const BusObject& object, const char* signal, Signal handler) {

@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <utility>
 
+#include "platform/linux/session/reply_values.h"
+
 namespace orvane {
 
 namespace {
@@ -12,19 +14,6 @@ namespace {
 const std::string kService = "org.freedesktop.login1";
 const BusObject kManager{kService, "/org/freedesktop/login1", "org.freedesktop.login1.Manager"};
 const std::string kSessionInterface = "org.freedesktop.login1.Session";
-
-std::string objectPath(GVariant* values) {
-    if (values == nullptr || !g_variant_is_of_type(values, G_VARIANT_TYPE("(o)"))) return {};
-    const char* path = nullptr;
-    g_variant_get(values, "(&o)", &path);
-    return path;
-}
-
-bool firstBoolean(GVariant* values) {
-    gboolean result = FALSE;
-    if (g_variant_is_of_type(values, G_VARIANT_TYPE("(b)"))) g_variant_get(values, "(b)", &result);
-    return result != FALSE;
-}
 
 }  // namespace
 
@@ -37,11 +26,11 @@ LoginManager::LoginManager(BusConnection& bus) : bus_(bus) {
         }
     });
     sleepSignal_ = bus_.subscribe(kManager, "PrepareForSleep", [this](const std::string&, GVariant* values) {
-        prepareForSleep(firstBoolean(values));
+        prepareForSleep(booleanIn(values).value_or(false));
     });
     shutdownSignal_ =
         bus_.subscribe(kManager, "PrepareForShutdown", [this](const std::string&, GVariant* values) {
-            if (firstBoolean(values) && onShutdown) onShutdown();
+            if (booleanIn(values).value_or(false) && onShutdown) onShutdown();
         });
     // A host that starts with the machine may be there before its user's session.
     sessionNewSignal_ = bus_.subscribe(kManager, "SessionNew", [this](const std::string&, GVariant*) {
@@ -49,10 +38,8 @@ LoginManager::LoginManager(BusConnection& bus) : bus_(bus) {
     });
     sessionRemovedSignal_ =
         bus_.subscribe(kManager, "SessionRemoved", [this](const std::string&, GVariant* values) {
-            const char* path = nullptr;
-            if (!g_variant_is_of_type(values, G_VARIANT_TYPE("(so)"))) return;
-            g_variant_get(values, "(&s&o)", nullptr, &path);
-            if (path != sessionPath_) return;
+            const std::string path = removedSessionIn(values);
+            if (path.empty() || path != sessionPath_) return;
             // Before the end of a lock is told: nobody is back.
             if (isOwnSession_ && onLogout) onLogout();
             watchSession({});
@@ -95,12 +82,12 @@ void LoginManager::takeDelayLock() {
         g_variant_new("(ssss)", "sleep", "Orvane", "Activity is stored before the machine sleeps", "delay"),
         [this](GVariant* values, GUnixFDList* descriptors) {
             isDelayAsked_ = false;
-            gint32 index = -1;
-            if (values == nullptr || descriptors == nullptr) return;
-            if (!g_variant_is_of_type(values, G_VARIANT_TYPE("(h)"))) return;
-            g_variant_get(values, "(h)", &index);
+            const auto index = descriptorIndexIn(values);
+            if (!index || descriptors == nullptr) return;
             releaseDelayLock();
-            delayLock_ = g_unix_fd_list_get(descriptors, index, nullptr);
+            // None for a place that the list does not have.
+            if (*index >= 0 && *index < g_unix_fd_list_get_length(descriptors))
+                delayLock_ = g_unix_fd_list_get(descriptors, *index, nullptr);
             // Too late: the sleep that it was to delay has begun meanwhile.
             if (isAsleep_) releaseDelayLock();
             changed();
@@ -120,7 +107,7 @@ void LoginManager::findSession() {
     }
     bus_.call(kManager, "GetSession", g_variant_new("(s)", identifier),
               [this](GVariant* values, GUnixFDList*) {
-                  const auto path = objectPath(values);
+                  const auto path = objectPathIn(values);
                   if (path.empty()) {
                       findSessionOfProcess();
                   } else {
@@ -132,7 +119,7 @@ void LoginManager::findSession() {
 void LoginManager::findSessionOfProcess() {
     bus_.call(kManager, "GetSessionByPID", g_variant_new("(u)", static_cast<guint32>(getpid())),
               [this](GVariant* values, GUnixFDList*) {
-                  const auto path = objectPath(values);
+                  const auto path = objectPathIn(values);
                   if (path.empty()) {
                       findSessionOfUser();
                   } else {
@@ -145,20 +132,7 @@ void LoginManager::findSessionOfUser() {
     // A service of the user's service manager belongs to no session; the one at a seat is the user's desktop.
     bus_.call(kManager, "ListSessions", nullptr, [this](GVariant* values, GUnixFDList*) {
         isSessionAsked_ = false;
-        if (values == nullptr || !g_variant_is_of_type(values, G_VARIANT_TYPE("(a(susso))"))) return;
-        const Variant sessions(g_variant_get_child_value(values, 0));
-        GVariantIter iterator;
-        g_variant_iter_init(&iterator, sessions.get());
-        guint32 user = 0;
-        const char* seat = nullptr;
-        const char* path = nullptr;
-        std::string found;
-        bool hasSeat = false;
-        while (g_variant_iter_next(&iterator, "(&su&s&s&o)", nullptr, &user, nullptr, &seat, &path) != 0) {
-            if (user != getuid() || hasSeat) continue;
-            hasSeat = *seat != '\0';
-            if (found.empty() || hasSeat) found = path;
-        }
+        const std::string found = sessionOfUser(values, getuid());
         if (!found.empty()) watchSession(found);
     });
 }

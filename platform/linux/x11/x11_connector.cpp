@@ -12,6 +12,8 @@ struct X11Connector::Attempt {
     std::condition_variable ended;
     bool hasEnded = false;
     std::unique_ptr<X11Connection> connection;
+    /// For `tell` alone, which lets go of it.
+    std::shared_ptr<Attempt>* told = nullptr;
     /// Main thread only; empty once nobody waits for the outcome any more.
     Handler handler;
 };
@@ -26,6 +28,7 @@ void X11Connector::connect(Handler handler) {
     attempt_ = std::make_shared<Attempt>();
     attempt_->display = display_;
     attempt_->handler = std::move(handler);
+    attempt_->told = new std::shared_ptr<Attempt>(attempt_);
     GTask* task = g_task_new(nullptr, nullptr, nullptr, nullptr);
     g_task_set_task_data(task, new std::shared_ptr<Attempt>(attempt_), &X11Connector::release);
     g_task_run_in_thread(task, &X11Connector::work);
@@ -42,14 +45,18 @@ void X11Connector::work(GTask*, gpointer, gpointer data, GCancellable*) {
     }
     attempt->ended.notify_all();
     // Not the task's own callback: that one is tied to whichever context was current on the calling thread.
-    g_idle_add_full(G_PRIORITY_DEFAULT, &X11Connector::tell, new std::shared_ptr<Attempt>(attempt),
-                    &X11Connector::release);
+    g_idle_add_full(G_PRIORITY_DEFAULT, &X11Connector::tell, attempt->told, &X11Connector::release);
 }
 
 gboolean X11Connector::tell(gpointer data) {
     const auto attempt = *static_cast<std::shared_ptr<Attempt>*>(data);
     const auto handler = std::exchange(attempt->handler, nullptr);
-    if (handler) handler(std::move(attempt->connection));
+    std::unique_ptr<X11Connection> connection;
+    {
+        const std::lock_guard lock(attempt->mutex);
+        connection = std::move(attempt->connection);
+    }
+    if (handler) handler(std::move(connection));
     return G_SOURCE_REMOVE;
 }
 

@@ -1,0 +1,23 @@
+#include <gtest/gtest.h>
+
+#include <iostream>
+
+#include "tests/persistence/temporary_folder.h"
+#include "trials/soak.h"
+
+namespace orvane::trials {
+namespace {
+
+TEST(Soak, ThreeWeeksOfUseAreCountedRightAndNothingGrows) {
+    const test::TemporaryFolder folder;
+    Soak soak(folder.path(), 1);
+    while (soak.use().days() < 21 && soak.day()) {
+    }
+    EXPECT_FALSE(soak.problem()) << *soak.problem();
+    EXPECT_EQ(soak.use().days(), 21u);
+    EXPECT_GT(soak.use().comparedSeconds(), 1'000'000u);
+    std::cout << soak.use().polls() << " polls soaked in " << soak.use().days() << " days\n";
+}
+
+}  // namespace
+}  // namespace orvane::trials
