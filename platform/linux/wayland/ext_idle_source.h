@@ -1,7 +1,8 @@
 #pragma once
 
+#include <wayland-protocols/ext-idle-notify-v1-client.h>
+
 #include "foundation/internal.h"
-#include "platform/linux/wayland/ext-idle-notify-v1-client.h"
 #include "platform/linux/wayland/wayland_idle_source.h"
 
 namespace orvane {

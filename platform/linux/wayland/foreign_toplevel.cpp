@@ -32,7 +32,7 @@ const zwlr_foreign_toplevel_handle_v1_listener ForeignToplevel::kListener{
         },
     .output_enter = [](void*, Handle*, wl_output*) {},
     .output_leave = [](void*, Handle*, wl_output*) {},
-    .state = [](void* self, Handle*, wl_array* states) { toplevelOf(self).setStates(*states); },
+    .state = [](void* self, Handle*, wl_array* list) { toplevelOf(self).setStates(*list); },
     .done =
         [](void* self, Handle*) {
             auto& toplevel = toplevelOf(self);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <wayland-protocols/wlr-foreign-toplevel-management-unstable-v1-client.h>
+
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -7,7 +9,6 @@
 
 #include "foundation/internal.h"
 #include "platform/linux/wayland/wayland_handle.h"
-#include "platform/linux/wayland/wlr-foreign-toplevel-management-unstable-v1-client.h"
 
 namespace orvane {
 

@@ -9,8 +9,8 @@
 #include "foundation/internal.h"
 #include "platform/linux/desktop_backend.h"
 #include "platform/linux/main_loop_timer.h"
-#include "platform/linux/wayland/foreign_toplevel.h"
 #include "platform/linux/process_search.h"
+#include "platform/linux/wayland/foreign_toplevel.h"
 #include "platform/linux/wayland/wayland_display.h"
 
 namespace orvane {

@@ -1,7 +1,8 @@
 #pragma once
 
+#include <wayland-protocols/idle-client.h>
+
 #include "foundation/internal.h"
-#include "platform/linux/wayland/idle-client.h"
 #include "platform/linux/wayland/wayland_idle_source.h"
 
 namespace orvane {

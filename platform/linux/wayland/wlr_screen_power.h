@@ -1,12 +1,13 @@
 #pragma once
 
+#include <wayland-protocols/wlr-output-power-management-unstable-v1-client.h>
+
 #include <map>
 
 #include "foundation/internal.h"
 #include "platform/linux/main_loop_timer.h"
 #include "platform/linux/screen_power_source.h"
 #include "platform/linux/wayland/wayland_display.h"
-#include "platform/linux/wayland/wlr-output-power-management-unstable-v1-client.h"
 
 namespace orvane {
 

@@ -41,12 +41,13 @@ class SessionMonitorTest : public testing::Test {
         return std::any_of(all.begin(), all.end(),
                            [&](auto& service) { return service.name == name && service.isAvailable; });
     }
-    std::string detail(const std::string& name) {
+    SessionService service(const std::string& name) {
         for (const auto& service : monitor_->status()) {
-            if (service.name == name) return service.detail;
+            if (service.name == name) return service;
         }
         return {};
     }
+    std::string detail(const std::string& name) { return service(name).detail; }
 
     PrivateBus systemBus_;
     PrivateBus sessionBus_;
@@ -140,10 +141,10 @@ TEST_F(SessionMonitorTest, ScreenSavers) {
                                                    "/org/gnome/ScreenSaver", true);
     startMonitor();
     EXPECT_TRUE(told({"lock"}));
-    EXPECT_EQ(detail("screen saver"), "org.gnome.ScreenSaver");
+    EXPECT_EQ(service("screen saver").backend, "org.gnome.ScreenSaver");
     // A second one that comes later and speaks from another object; locked is whatever any of them says.
     MockScreenSaver other(sessionBus_, "org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver", false);
-    ASSERT_TRUE(waitUntil([&] { return detail("screen saver").find("freedesktop") != std::string::npos; }));
+    ASSERT_TRUE(waitUntil([&] { return service("screen saver").backend.starts_with("org.freedesktop"); }));
     other.setActive(true, "/ScreenSaver");
     gnome->setActive(false, "/org/gnome/ScreenSaver");
     other.setActive(false, "/ScreenSaver");

@@ -1,11 +1,10 @@
 #include "tests/platform/wayland/fake_compositor.h"
 
 #include <unistd.h>
+#include <wayland-protocols/ext-idle-notify-v1-server.h>
 
 #include <algorithm>
 #include <stdexcept>
-
-#include "tests/platform/wayland/ext-idle-notify-v1-server.h"
 
 namespace orvane {
 
