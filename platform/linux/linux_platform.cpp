@@ -7,6 +7,7 @@
 #include "platform/linux/gnome/gnome_backend.h"
 #include "platform/linux/gnome/mutter_idle_source.h"
 #include "platform/linux/gnome/mutter_screen_power.h"
+#include "platform/linux/kwin/kwin_script_backend.h"
 #include "platform/linux/session/session_monitor.h"
 #include "platform/linux/session/shared_bus.h"
 #include "platform/linux/sway/sway_backend.h"
@@ -14,6 +15,8 @@
 #include "platform/linux/wayland/ext_idle_source.h"
 #include "platform/linux/wayland/foreign_toplevel_backend.h"
 #ifdef ORVANE_HAS_PLASMA_PROTOCOLS
+#include "platform/linux/kwin/kwin_screen_power.h"
+#include "platform/linux/kwin/plasma_backend.h"
 #include "platform/linux/wayland/kde_idle_source.h"
 #endif
 #include "platform/linux/wayland/wayland_display.h"
@@ -88,6 +91,10 @@ void LinuxPlatform::addWindowBackends() {
     desktop_->add(std::make_unique<SwayBackend>());
     desktop_->add(std::make_unique<GnomeBackend>(*desktopBus_));
 #ifdef ORVANE_HAS_WAYLAND
+#ifdef ORVANE_HAS_PLASMA_PROTOCOLS
+    desktop_->add(std::make_unique<PlasmaBackend>(*waylandDisplay_));
+#endif
+    desktop_->add(std::make_unique<KwinScriptBackend>(*desktopBus_));
     desktop_->add(std::make_unique<ForeignToplevelBackend>(*waylandDisplay_));
 #endif
 #ifdef ORVANE_HAS_X11
@@ -110,6 +117,9 @@ void LinuxPlatform::addIdleSources() {
 void LinuxPlatform::addScreenPowerSources() {
 #ifdef ORVANE_HAS_WAYLAND
     desktop_->add(std::make_unique<WlrScreenPower>(*waylandDisplay_));
+#ifdef ORVANE_HAS_PLASMA_PROTOCOLS
+    desktop_->add(std::make_unique<KwinScreenPower>(*waylandDisplay_));
+#endif
 #endif
     desktop_->add(std::make_unique<MutterScreenPower>(*desktopBus_));
 }

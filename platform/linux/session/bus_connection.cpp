@@ -49,6 +49,14 @@ void tellClosed(GDBusConnection*, gboolean, GError*, gpointer handler) {
 
 void destroyClosedHandler(gpointer handler, GClosure*) { destroyHandler<std::function<void()>>(handler); }
 
+void takeCall(GDBusConnection*, const gchar* sender, const gchar*, const gchar*, const gchar*,
+              GVariant* values, GDBusMethodInvocation* invocation, gpointer receiver) {
+    const gchar* text = nullptr;
+    g_variant_get(values, "(&s)", &text);
+    (*static_cast<BusConnection::Receiver*>(receiver))(sender, text);
+    g_dbus_method_invocation_return_value(invocation, nullptr);
+}
+
 }  // namespace
 
 BusConnection::BusConnection(GDBusConnection* connection)
@@ -106,6 +114,26 @@ BusToken BusConnection::watchName(const std::string& name, std::function<void(bo
         connection_, name.c_str(), G_BUS_NAME_WATCHER_FLAGS_NONE, &tellOwned, &tellUnowned,
         new OwnerHandler(std::move(handler)), &destroyHandler<OwnerHandler>);
     return BusToken([watch] { g_bus_unwatch_name(watch); });
+}
+
+std::string BusConnection::ownName() const {
+    const char* name = g_dbus_connection_get_unique_name(connection_);
+    return name != nullptr ? name : "";
+}
+
+BusToken BusConnection::receive(const std::string& path, const std::string& interface,
+                                const std::string& method, Receiver receiver) {
+    const std::string description = "<node><interface name='" + interface + "'><method name='" + method +
+                                    "'><arg type='s' direction='in'/></method></interface></node>";
+    GDBusNodeInfo* node = g_dbus_node_info_new_for_xml(description.c_str(), nullptr);
+    static const GDBusInterfaceVTable table{&takeCall, nullptr, nullptr, {}};
+    const guint registration = g_dbus_connection_register_object(
+        connection_, path.c_str(), node->interfaces[0], &table, new Receiver(std::move(receiver)),
+        &destroyHandler<Receiver>, nullptr);
+    g_dbus_node_info_unref(node);
+    return BusToken([connection = connection_, registration] {
+        g_dbus_connection_unregister_object(connection, registration);
+    });
 }
 
 BusToken BusConnection::watchClosed(std::function<void()> handler) {

@@ -67,6 +67,12 @@ class BusConnection {
     /// answer came; `isLate` is then set in the latter case.
     Variant callNow(const BusObject& object, const char* method, GVariant* arguments, int timeoutMilliseconds,
                     bool& isLate);
+    /// This connection's own name on the bus.
+    std::string ownName() const;
+    /// Takes calls of one method with one text as its argument, and answers them with nothing.
+    using Receiver = std::function<void(const std::string& sender, const std::string& text)>;
+    [[nodiscard]] BusToken receive(const std::string& path, const std::string& interface,
+                                   const std::string& method, Receiver receiver);
     /// Asks for a property of type boolean; none when there is no such one.
     void getBoolean(const BusObject& object, const char* property,
                     std::function<void(std::optional<bool>)> reply);
