@@ -92,9 +92,14 @@ void LinuxPlatform::addWindowBackends() {
     desktop_->add(std::make_unique<GnomeBackend>(*desktopBus_));
 #ifdef ORVANE_HAS_WAYLAND
 #ifdef ORVANE_HAS_PLASMA_PROTOCOLS
-    desktop_->add(std::make_unique<PlasmaBackend>(*waylandDisplay_));
+    auto plasma = std::make_unique<PlasmaBackend>(*waylandDisplay_);
+    const auto tellsPlasma = [backend = plasma.get()] { return backend->isAvailable(); };
+    desktop_->add(std::move(plasma));
+#else
+    const auto tellsPlasma = [] { return false; };
 #endif
-    desktop_->add(std::make_unique<KwinScriptBackend>(*desktopBus_));
+    desktop_->add(
+        std::make_unique<KwinScriptBackend>(*desktopBus_, [tellsPlasma] { return !tellsPlasma(); }));
     desktop_->add(std::make_unique<ForeignToplevelBackend>(*waylandDisplay_));
 #endif
 #ifdef ORVANE_HAS_X11

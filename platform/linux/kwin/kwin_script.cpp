@@ -40,7 +40,6 @@ function report(gone) {
             id: String(window.internalId),
             pid: window.pid,
             class: String(window.desktopFileName) || String(window.resourceClass),
-            name: String(window.resourceName),
             title: window.caption,
             layer: layerOf(window),
             active: window === active,

@@ -20,6 +20,9 @@ const BusObject kScripting{kKwin, "/Scripting", "org.kde.kwin.Scripting"};
 
 // From loading the script to its first report.
 constexpr unsigned kPatienceMilliseconds = 3000;
+// KWin is on the bus a moment before it takes scripts.
+constexpr int kMostAttempts = 20;
+constexpr unsigned kRetryMilliseconds = 500;
 // So long the end may wait for KWin, which else would keep a script that nobody listens to.
 constexpr int kUnloadMilliseconds = 200;
 
@@ -37,7 +40,10 @@ fs::path writeScript(const std::string& text) {
 
 }  // namespace
 
-KwinScriptBackend::KwinScriptBackend(SharedBus& bus) : sharedBus_(bus) { bus.add(*this); }
+KwinScriptBackend::KwinScriptBackend(SharedBus& bus, std::function<bool()> isNeeded)
+    : sharedBus_(bus), isNeeded_(std::move(isNeeded)) {
+    bus.add(*this);
+}
 
 KwinScriptBackend::~KwinScriptBackend() { unload(); }
 
@@ -69,7 +75,7 @@ void KwinScriptBackend::kwinOwned(bool isOwned) {
     // A script ends with the KWin that runs it.
     isLoaded_ = false;
     forget();
-    if (isOwned) {
+    if (isOwned && isNeeded_()) {
         patience_.start(kPatienceMilliseconds, [this] { giveUp(); });
         bus_->call({"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus"}, "GetNameOwner",
                    g_variant_new("(s)", kKwin), [this, owner = owner_](GVariant* values, GUnixFDList*) {
@@ -87,6 +93,8 @@ void KwinScriptBackend::kwinOwned(bool isOwned) {
 std::string KwinScriptBackend::scriptName() const { return "orvane" + bus_->ownName(); }
 
 void KwinScriptBackend::load() {
+    ++attempts_;
+    removeFile();
     file_ = writeScript(kwinScript(bus_->ownName()));
     if (file_.empty()) {
         giveUp();
@@ -94,7 +102,12 @@ void KwinScriptBackend::load() {
     }
     bus_->call(kScripting, "loadScript", g_variant_new("(ss)", file_.c_str(), scriptName().c_str()),
                [this, owner = owner_](GVariant* values, GUnixFDList*) {
-                   if (owner != owner_ || values == nullptr) return;
+                   if (owner != owner_) return;
+                   if (values == nullptr) {
+                       if (attempts_ < kMostAttempts)
+                           retryTimer_.start(kRetryMilliseconds, [this] { load(); });
+                       return;
+                   }
                    isLoaded_ = true;
                    bus_->call(kScripting, "start", nullptr, [](GVariant*, GUnixFDList*) {});
                });
@@ -117,9 +130,15 @@ void KwinScriptBackend::giveUp() {
 
 void KwinScriptBackend::forget() {
     patience_.cancel();
+    retryTimer_.cancel();
+    attempts_ = 0;
     kwin_.clear();
     picture_.reset();
     isGivenUp_ = false;
+    removeFile();
+}
+
+void KwinScriptBackend::removeFile() {
     std::error_code ignored;
     if (!file_.empty()) fs::remove(std::exchange(file_, {}), ignored);
 }
@@ -132,8 +151,7 @@ void KwinScriptBackend::reported(const std::string& sender, const std::string& r
     picture_ = std::move(picture);
     patience_.cancel();
     isGivenUp_ = false;
-    std::error_code ignored;
-    if (!file_.empty()) fs::remove(std::exchange(file_, {}), ignored);
+    removeFile();
     tell();
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -18,8 +19,8 @@ namespace orvane {
 /// only.
 class KwinScriptBackend : public DesktopBackend, public BusUser {
   public:
-    /// Adds itself to the bus.
-    explicit KwinScriptBackend(SharedBus& bus);
+    /// Adds itself to the bus. `isNeeded` is asked whenever a KWin is found there.
+    KwinScriptBackend(SharedBus& bus, std::function<bool()> isNeeded);
     ~KwinScriptBackend() override;
     KwinScriptBackend(const KwinScriptBackend&) = delete;
     KwinScriptBackend& operator=(const KwinScriptBackend&) = delete;
@@ -39,12 +40,14 @@ class KwinScriptBackend : public DesktopBackend, public BusUser {
     void load();
     void unload();
     void giveUp();
+    void removeFile();
     std::string scriptName() const;
     void reported(const std::string& sender, const std::string& report);
     void forget();
     void tell();
 
     SharedBus& sharedBus_;
+    const std::function<bool()> isNeeded_;
     BusConnection* bus_ = nullptr;
     BusToken kwinWatch_;
     BusToken reports_;
@@ -63,6 +66,8 @@ class KwinScriptBackend : public DesktopBackend, public BusUser {
     bool toldAvailable_ = false;
     std::int64_t toldActive_ = 0;
     MainLoopTimer patience_;
+    int attempts_ = 0;
+    MainLoopTimer retryTimer_;
 };
 
 }  // namespace orvane
