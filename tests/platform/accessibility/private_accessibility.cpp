@@ -19,6 +19,14 @@ constexpr const char* kDescription =
     "<property name='IsEnabled' type='b' access='readwrite'/>"
     "</interface></node>";
 
+/// Where everybody gets to who gets to the session's bus.
+std::string folderBeside(const std::string& sessionAddress) {
+    const auto socket = fs::path(sessionAddress.substr(sessionAddress.find('=') + 1));
+    const auto folder = socket.parent_path() / "accessibility";
+    fs::create_directory(folder);
+    return folder.string();
+}
+
 }  // namespace
 
 std::string PrivateAccessibility::registryProgram() {
@@ -30,9 +38,8 @@ std::string PrivateAccessibility::registryProgram() {
     return {};
 }
 
-PrivateAccessibility::PrivateAccessibility(PrivateBus& sessionBus) : session_(sessionBus.connect()) {
-    // Programs of another user look for its socket.
-    fs::permissions(fs::path(address().substr(address().find('=') + 1)).parent_path(), fs::perms(0755));
+PrivateAccessibility::PrivateAccessibility(PrivateBus& sessionBus)
+    : bus_(folderBeside(sessionBus.address())), session_(sessionBus.connect()) {
     bus_.start();
     registry_ = std::make_unique<ChildProcess>(
         // It ends itself where $DISPLAY leads nowhere, even when it is empty.
