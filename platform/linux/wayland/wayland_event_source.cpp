@@ -42,7 +42,9 @@ gboolean WaylandEventSource::prepare(GSource* source, gint* timeout) {
     *timeout = -1;
     // A compositor that does not read is waited for; any other failure is seen when reading.
     const bool isFull = wl_display_flush(self->display_) < 0 && errno == EAGAIN;
-    g_source_modify_unix_fd(source, self->descriptor_, isFull ? kBoth : kInput);
+    // Each change wakes the context, so that it would never sleep.
+    if (std::exchange(self->waitsForRoom_, isFull) != isFull)
+        g_source_modify_unix_fd(source, self->descriptor_, isFull ? kBoth : kInput);
     return FALSE;
 }
 
