@@ -61,18 +61,20 @@ int installForGnome() {
 
 int removeFromGnome() {
     GnomeShell shell;
-    const bool wasKnown = shell.switchExtension(kExtension, false);
+    // A shell remembers until its end an extension that was removed.
+    const bool wasRunning = shell.state(kExtension) == GnomeShell::ExtensionState::running;
+    shell.switchExtension(kExtension, false);
     bool wasEntered = false;
     const auto problem = shell.setInSettings(kExtension, false, wasEntered);
     if (!problem.empty() && shell.version()) return fail("the extension cannot be switched off: " + problem);
     const GnomeExtension extension;
     const auto files = extension.remove();
     if (!files.problem.empty()) return fail(files.problem);
-    if (!files.isChanged && !wasEntered && !wasKnown) {
+    if (!files.isChanged && !wasEntered && !wasRunning) {
         std::cout << "There is no extension of Orvane's to remove.\n";
         return exitSuccess;
     }
-    if (wasKnown || wasEntered) std::cout << "Switched the extension off: " << kExtension << '\n';
+    if (wasRunning || wasEntered) std::cout << "Switched the extension off: " << kExtension << '\n';
     if (files.isChanged) std::cout << "Removed " << extension.folder().string() << '\n';
     return exitSuccess;
 }
