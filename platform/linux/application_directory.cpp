@@ -125,13 +125,18 @@ ApplicationDirectory::Identity ApplicationDirectory::identifyAfresh(const Deskto
         // What is started inside a terminal window lies in the unit of the terminal's application.
         if (!process->hasTerminal) {
             for (const auto& name : process->launchedAs) {
-                if (const auto found = entry(name)) return known(*found);
+                // Nor is it the terminal when it has let go of its window.
+                if (const auto found = entry(name); found && !found->isTerminal) return known(*found);
             }
         }
     }
 
     Identity identity;
-    const auto program = process ? validText(process->program.path.filename().string()) : std::string();
+    std::string program;
+    if (process) {
+        const auto& run = process->program;
+        program = validText(run.isScript ? run.name : run.path.filename().string());
+    }
     const auto commandName = process ? validText(process->commandName) : std::string();
     for (const auto& text : {window.gtkApplicationId, lowerCase(window.windowClass),
                              lowerCase(window.windowInstance), lowerCase(program), lowerCase(commandName)}) {

@@ -49,6 +49,24 @@ std::vector<std::string> commandOf(const std::string& exec) {
     return command;
 }
 
+bool isTerminal(const char* categories) {
+    if (categories == nullptr) return false;
+    const std::unique_ptr<gchar*, decltype(&g_strfreev)> list(g_strsplit(categories, ";", -1), g_strfreev);
+    return g_strv_contains(list.get(), "TerminalEmulator") != 0;
+}
+
+/// What the D-Bus specification's service file for the application's name starts.
+Program serviceOf(const std::string& identifier) {
+    for (const auto& folder : dataFolders()) {
+        const auto file = folder / "dbus-1/services" / (identifier + ".service");
+        const std::unique_ptr<GKeyFile, decltype(&g_key_file_unref)> keys(g_key_file_new(), g_key_file_unref);
+        if (!g_key_file_load_from_file(keys.get(), file.c_str(), G_KEY_FILE_NONE, nullptr)) continue;
+        return Program::ofCommand(
+            commandOf(taken(g_key_file_get_string(keys.get(), "D-BUS Service", "Exec", nullptr))));
+    }
+    return {};
+}
+
 DesktopEntry entryOf(GDesktopAppInfo* info) {
     DesktopEntry entry;
     entry.identifier = g_app_info_get_id(G_APP_INFO(info));
@@ -58,6 +76,8 @@ DesktopEntry entryOf(GDesktopAppInfo* info) {
     if (const char* startupClass = g_desktop_app_info_get_startup_wm_class(info))
         entry.startupClass = startupClass;
     entry.program = Program::ofCommand(commandOf(taken(g_desktop_app_info_get_string(info, "Exec"))));
+    if (g_desktop_app_info_get_boolean(info, "DBusActivatable")) entry.service = serviceOf(entry.identifier);
+    entry.isTerminal = isTerminal(g_desktop_app_info_get_categories(info));
     entry.runsInTerminal = g_desktop_app_info_get_boolean(info, "Terminal") != FALSE;
     entry.isHidden = g_desktop_app_info_get_nodisplay(info) != FALSE;
     entry.flatpak = taken(g_desktop_app_info_get_string(info, "X-Flatpak"));

@@ -21,6 +21,10 @@ struct DesktopEntry {
     std::string startupClass;
     /// What the entry starts, without the places that files and the like are put in.
     Program program;
+    /// What the session's bus starts when the application is wanted, where that may be another program.
+    Program service;
+    /// A terminal's window may hold anything.
+    bool isTerminal = false;
     bool runsInTerminal = false;
     /// Left out of menus.
     bool isHidden = false;

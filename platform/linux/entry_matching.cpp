@@ -32,13 +32,17 @@ ArgumentFit argumentFit(const Program& entry, const Program& program) {
     return fit;
 }
 
-bool isSamePath(const Program& entry, const Program& program) {
-    return entry.path.is_absolute() && entry.path == program.path;
+bool isSamePath(const DesktopEntry& entry, const Program& program) {
+    return program.path.is_absolute() &&
+           (entry.program.path == program.path || entry.service.path == program.path);
 }
 
 /// For programs that a start script of the same name runs.
-bool isSameName(const Program& entry, const Program& program) {
-    return !entry.name.empty() && (entry.name == program.name || entry.name == program.path.filename());
+bool isSameName(const DesktopEntry& entry, const Program& program) {
+    const auto isSame = [&](const Program& known) {
+        return !known.name.empty() && (known.name == program.name || known.name == program.path.filename());
+    };
+    return isSame(entry.program) || isSame(entry.service);
 }
 
 /// The last part of an id in reverse domain order, such as "nautilus".
@@ -76,7 +80,7 @@ const DesktopEntry* EntryMatcher::best(const std::function<bool(const DesktopEnt
         if (!fits(*entry)) continue;
         const ArgumentFit fit = argumentFit(entry->program, program);
         // Smaller is better; of equals the first by identifier stays.
-        const Rank rank{!isSamePath(entry->program, program) && !isSameName(entry->program, program),
+        const Rank rank{!isSamePath(*entry, program) && !isSameName(*entry, program),
                         lowerCase(entry->identifier) != windowClass, fit.missing,
                         entry->program.arguments.size() - fit.found, entry->isHidden};
         if (!found || rank < foundRank) {
@@ -110,9 +114,7 @@ const DesktopEntry* EntryMatcher::byWindowClass() const {
         const auto count = std::count_if(candidates_.begin(), candidates_.end(),
                                          [&](const auto* entry) { return endsInName(*entry); });
         const auto* entry = best(endsInName, program);
-        if (entry &&
-            (count == 1 || isSamePath(entry->program, program) || isSameName(entry->program, program)))
-            return entry;
+        if (entry && (count == 1 || isSamePath(*entry, program) || isSameName(*entry, program))) return entry;
     }
     return nullptr;
 }
@@ -122,7 +124,7 @@ const DesktopEntry* EntryMatcher::byProgram(const Program& program) const {
     for (const auto& isSame : {isSamePath, isSameName}) {
         const auto fits = [&](const DesktopEntry& entry) {
             // What runs in a terminal has no window of its own.
-            return !entry.runsInTerminal && isSame(entry.program, program) &&
+            return !entry.runsInTerminal && isSame(entry, program) &&
                    !argumentFit(entry.program, program).lacksWord;
         };
         if (const auto* entry = best(fits, program)) return entry;

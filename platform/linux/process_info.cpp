@@ -181,6 +181,12 @@ Program Program::ofCommand(const std::vector<std::string>& command, const fs::pa
     }
     const fs::path called = command[position];
     program.name = called.filename().string();
+    // Electron's archives all have one name, and lie in the folder of their application.
+    if (program.name == "app.asar") {
+        auto folderName = called.parent_path();
+        if (folderName.filename() == "resources") folderName = folderName.parent_path();
+        if (folderName.has_filename()) program.name = folderName.filename().string();
+    }
     // A script named without a folder lies in the current one, not in the search path.
     program.path = program.isScript && !called.has_parent_path() ? resolved(folder / called, folder)
                                                                  : resolved(called, folder);

@@ -129,7 +129,8 @@ TEST_P(DesktopTest, ACompositorThatDiesAndComesBack) {
     EXPECT_TRUE(told({"light"}));
     openInFront("mail", "Inbox");
     EXPECT_TRUE(told({"org.example.Mail"}));
-    EXPECT_EQ(platform().desktop().name(), GetParam().backend);
+    // A second-best way may be ready a little sooner.
+    EXPECT_TRUE(becomes<std::string>([this] { return platform().desktop().name(); }, GetParam().backend));
     desktop().touch();
     EXPECT_TRUE(waitUntil([this] { return platform().desktop().idleSeconds().value_or(99) < 1; }, 60));
     EXPECT_TRUE(comesToRest());

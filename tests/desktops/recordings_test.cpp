@@ -14,6 +14,11 @@ class RecordingsTest : public TrackedDesktop {
     void startTracker() {
         timed_ = std::make_shared<VirtualTimePlatform>(platform());
         timed_->userDefaults().setObject(true, orvaneEnabledDefault);
+        timed_->userDefaults().setObject(true, orvaneLoggingDefault);
+        timed_->logSink().setHandler([this](std::string_view line) {
+            const auto second = std::chrono::duration_cast<seconds>(timed_->clock().time());
+            (log_ += std::to_string(second.count()) + ": ").append(line) += '\n';
+        });
         Platform::install(timed_);
         Orvane::sharedOrvane(folder_.path());
     }
@@ -52,6 +57,8 @@ class RecordingsTest : public TrackedDesktop {
     }
 
     test::TemporaryFolder folder_;
+    /// What the tracker did, with the second.
+    std::string log_;
     std::shared_ptr<VirtualTimePlatform> timed_;
 };
 
@@ -120,7 +127,8 @@ TEST_P(RecordingsTest, ExactlyWhatHappenedStandsInTheFile) {
               "org.example.Mail|Inbox|active|80|80 "
               "org.example.Mail|Inbox|active|90|100 "
               "org.example.Mail|Inbox|active|110|110 "
-              "org.example.Notes|Again|active|120|130");
+              "org.example.Notes|Again|active|120|130")
+        << log_;
 }
 
 }  // namespace

@@ -22,7 +22,8 @@ class NoNetwork : public testing::Test {
     /// Runs a line of shell in which `watched` runs the program under strace.
     ProgramRun run(const std::string& line) {
         return runShell(R"(program=$0; folder=$1
-                           watched() { strace -f -qq -e trace=%network -s 200 -A -o "$folder/calls" "$program" "$@"; }
+                           watched() { strace -f -qq -e trace=%network -s 200 -A -o "$folder/calls" \
+                               sh -c 'echo $$ >"$0"; exec "$@"' "$folder/process" "$program" "$@"; }
                            )" +
                             line,
                         folder_.path());
@@ -83,9 +84,10 @@ TEST_F(NoNetwork, TrackingConnectsToTheDisplayAndTheBuses) {
         watched track --json --store "$folder/s" >"$folder/lines" & tracker=$!
         for i in $(seq 600); do [ -s "$folder/lines" ] && break; sleep 0.1; done
         "$program" apps --store "$folder/s" >/dev/null
-        child=$(cut -d' ' -f1 "$folder/calls" | head -n 1)
-        kill -INT "$child"; wait $tracker)");
-    EXPECT_EQ(tracking.status, 0) << tracking.errors;
+        kill -INT "$(cat "$folder/process")";
+                                    wait $tracker) ");
+                                EXPECT_EQ(tracking.status, 0)
+                                << tracking.errors;
     const std::set<std::string> targets = expectLocal();
     EXPECT_FALSE(targets.empty());
     for (const std::string& target : targets)

@@ -215,8 +215,8 @@ void AccessibilityBackend::tell() {
 
 std::optional<DesktopWindow> AccessibilityBackend::activeWindow() {
     const auto now = windows();
-    const auto found =
-        std::find_if(now.begin(), now.end(), [this](const auto& window) { return window.number == active(); });
+    const auto found = std::find_if(now.begin(), now.end(),
+                                    [this](const auto& window) { return window.number == active(); });
     return found != now.end() ? std::optional(*found) : std::nullopt;
 }
 

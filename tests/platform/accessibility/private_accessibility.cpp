@@ -61,7 +61,9 @@ PrivateAccessibility::PrivateAccessibility(PrivateBus& sessionBus)
             return g_variant_new_boolean(FALSE);
         },
         [](GDBusConnection*, const gchar*, const gchar*, const gchar*, const gchar*, GVariant*, GError**,
-           gpointer self) -> gboolean { return static_cast<PrivateAccessibility*>(self)->wasSwitched_ = true; },
+           gpointer self) -> gboolean {
+            return static_cast<PrivateAccessibility*>(self)->wasSwitched_ = true;
+        },
         {}};
     for (GDBusInterfaceInfo** each = node->interfaces; *each != nullptr; ++each) {
         g_dbus_connection_register_object(session_, "/org/a11y/bus", *each, &table, this, nullptr, nullptr);

@@ -155,10 +155,9 @@ TEST_F(GnomeShellTest, AccessibilityTellsWindowsWithoutTheExtension) {
     EXPECT_TRUE(windowsBecome({"[Inbox]"}));
 
     // The extension is preferred from the moment on which it runs.
-    for (const auto& [change, name] : {std::pair("enable", "GNOME Shell (extension)"),
-                                       std::pair("disable", "accessibility (AT-SPI)")}) {
-        desktop_->evaluate(std::string("Main.extensionManager.") + change +
-                           "Extension('windows@orvane')");
+    for (const auto& [change, name] :
+         {std::pair("enable", "GNOME Shell (extension)"), std::pair("disable", "accessibility (AT-SPI)")}) {
+        desktop_->evaluate(std::string("Main.extensionManager.") + change + "Extension('windows@orvane')");
         EXPECT_TRUE(waitUntil([&] { return platform_->desktop().name() == name; }, kLongestWait)) << name;
         EXPECT_TRUE(windowsBecome({"[Inbox]"}));
     }
