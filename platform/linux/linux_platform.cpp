@@ -15,6 +15,7 @@
 #include "platform/linux/wayland/foreign_toplevel_backend.h"
 #ifdef ORVANE_HAS_PLASMA_PROTOCOLS
 #include "platform/linux/wayland/kde_idle_source.h"
+#include "platform/linux/wayland/plasma_window_backend.h"
 #endif
 #include "platform/linux/wayland/wayland_display.h"
 #include "platform/linux/wayland/wlr_screen_power.h"
@@ -88,6 +89,9 @@ void LinuxPlatform::addWindowBackends() {
     desktop_->add(std::make_unique<SwayBackend>());
     desktop_->add(std::make_unique<GnomeBackend>(*desktopBus_));
 #ifdef ORVANE_HAS_WAYLAND
+#ifdef ORVANE_HAS_PLASMA_PROTOCOLS
+    desktop_->add(std::make_unique<PlasmaWindowBackend>(*waylandDisplay_));
+#endif
     desktop_->add(std::make_unique<ForeignToplevelBackend>(*waylandDisplay_));
 #endif
 #ifdef ORVANE_HAS_X11
