@@ -11,6 +11,7 @@
 #include "platform/linux/session/shared_bus.h"
 #include "platform/linux/sway/sway_backend.h"
 #ifdef ORVANE_HAS_WAYLAND
+#include "platform/linux/kwin/kwin_script_backend.h"
 #include "platform/linux/wayland/ext_idle_source.h"
 #include "platform/linux/wayland/foreign_toplevel_backend.h"
 #ifdef ORVANE_HAS_PLASMA_PROTOCOLS
@@ -92,6 +93,7 @@ void LinuxPlatform::addWindowBackends() {
 #ifdef ORVANE_HAS_PLASMA_PROTOCOLS
     desktop_->add(std::make_unique<PlasmaWindowBackend>(*waylandDisplay_));
 #endif
+    desktop_->add(std::make_unique<KWinScriptBackend>(*desktopBus_, *waylandDisplay_));
     desktop_->add(std::make_unique<ForeignToplevelBackend>(*waylandDisplay_));
 #endif
 #ifdef ORVANE_HAS_X11

@@ -53,6 +53,8 @@ class BusConnection {
     /// The object that sent the signal and its values in a tuple.
     using Signal = std::function<void(const std::string& path, GVariant* values)>;
 
+    using TextHandler = std::function<void(const std::string& text)>;
+
     explicit BusConnection(GDBusConnection* connection);
     ~BusConnection();
     BusConnection(const BusConnection&) = delete;
@@ -60,7 +62,8 @@ class BusConnection {
 
     static constexpr int usualTimeoutMilliseconds = 5000;
 
-    /// Calls a method without starting its service. Takes `arguments` when floating; may be null.
+    /// Calls a method without starting its service. Takes `arguments` when floating; may be null, as may the
+    /// reply.
     void call(const BusObject& object, const char* method, GVariant* arguments, Reply reply,
               int timeoutMilliseconds = usualTimeoutMilliseconds);
     /// The same, and waits for the values of the reply, so long at the most. Null when the call failed or no
@@ -76,6 +79,12 @@ class BusConnection {
     [[nodiscard]] BusToken subscribe(const BusObject& object, const char* signal, Signal handler);
     /// Tells, soon and then on every change, whether somebody owns the name.
     [[nodiscard]] BusToken watchName(const std::string& name, std::function<void(bool isOwned)> handler);
+    /// Offers an object with one method, which others call with one text and which answers nothing. The path
+    /// must be free.
+    [[nodiscard]] BusToken receive(const std::string& path, const std::string& interface, const char* method,
+                                   TextHandler handler);
+    /// What the bus calls this connection, and no other one ever.
+    std::string uniqueName() const;
     /// Tells when the bus went away.
     [[nodiscard]] BusToken watchClosed(std::function<void()> handler);
 
