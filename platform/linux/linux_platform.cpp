@@ -16,6 +16,7 @@
 #include "platform/linux/wayland/foreign_toplevel_backend.h"
 #ifdef ORVANE_HAS_PLASMA_PROTOCOLS
 #include "platform/linux/wayland/kde_idle_source.h"
+#include "platform/linux/wayland/kde_screen_power.h"
 #include "platform/linux/wayland/plasma_window_backend.h"
 #endif
 #include "platform/linux/wayland/wayland_display.h"
@@ -116,6 +117,9 @@ void LinuxPlatform::addIdleSources() {
 void LinuxPlatform::addScreenPowerSources() {
 #ifdef ORVANE_HAS_WAYLAND
     desktop_->add(std::make_unique<WlrScreenPower>(*waylandDisplay_));
+#ifdef ORVANE_HAS_PLASMA_PROTOCOLS
+    desktop_->add(std::make_unique<KdeScreenPower>(*waylandDisplay_));
+#endif
 #endif
     desktop_->add(std::make_unique<MutterScreenPower>(*desktopBus_));
 }

@@ -15,7 +15,10 @@ namespace orvane {
 
 namespace {
 
-const BusObject kScripting{"org.kde.KWin", "/Scripting", "org.kde.kwin.Scripting"};
+constexpr const char* kService = "org.kde.KWin";
+
+/// No constant: a platform that lives until the program ends would outlive it.
+BusObject scripting() { return {kService, "/Scripting", "org.kde.kwin.Scripting"}; }
 
 // As the script is told them; a number in a name stands for what a script relies on.
 constexpr const char* kPath = "/org/orvane/WindowReports1";
@@ -42,7 +45,7 @@ KWinScript::KWinScript(BusConnection& bus)
 KWinScript::~KWinScript() {
     removeFile();
     bool isLate = false;
-    bus_.callNow(kScripting, "unloadScript", g_variant_new("(s)", name_.c_str()), kUnloadMilliseconds,
+    bus_.callNow(scripting(), "unloadScript", g_variant_new("(s)", name_.c_str()), kUnloadMilliseconds,
                  isLate);
 }
 
@@ -60,8 +63,8 @@ void KWinScript::load() {
         const auto handler = onReport;
         if (handler) handler(report);
     });
-    bus_.call(kScripting, "unloadScript", g_variant_new("(s)", name_.c_str()), nullptr);
-    bus_.call(kScripting, "loadScript", g_variant_new("(ss)", file_.c_str(), name_.c_str()),
+    bus_.call(scripting(), "unloadScript", g_variant_new("(s)", name_.c_str()), nullptr);
+    bus_.call(scripting(), "loadScript", g_variant_new("(ss)", file_.c_str(), name_.c_str()),
               [this, life = std::weak_ptr(life_)](GVariant* values, GUnixFDList*) {
                   if (life.expired()) return;
                   gint32 script = kNoScript;
@@ -79,8 +82,8 @@ void KWinScript::load() {
 void KWinScript::run(int script) {
     // The first is where KWin 5 has its scripts, the second where KWin 6 does.
     for (const auto* folder : {"/", "/Scripting/Script"}) {
-        bus_.call({kScripting.service, folder + std::to_string(script), "org.kde.kwin.Script"}, "run",
-                  nullptr, nullptr);
+        bus_.call({kService, folder + std::to_string(script), "org.kde.kwin.Script"}, "run", nullptr,
+                  nullptr);
     }
 }
 

@@ -41,6 +41,7 @@ bool KWinScriptBackend::isWanted() const {
 }
 
 bool KWinScriptBackend::isDecided() const {
+    if (!display_.isDecided()) return false;
     if (!isKWinCompositor_ || hasPermission_) return true;
     if (bus_ == nullptr) return sharedBus_.isDecided();
     return isNameDecided_ && (!isWanted() || hasFailed_ || isAvailable());

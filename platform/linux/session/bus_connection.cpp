@@ -125,9 +125,9 @@ BusToken BusConnection::receive(const std::string& path, const std::string& inte
     const std::string description = "<node><interface name='" + interface + "'><method name='" + method +
                                     "'><arg type='s' direction='in'/></method></interface></node>";
     auto* node = g_dbus_node_info_new_for_xml(description.c_str(), nullptr);
-    const guint object = g_dbus_connection_register_object(
-        connection_, path.c_str(), node->interfaces[0], &kCalls, new TextHandler(std::move(handler)),
-        &destroyHandler<TextHandler>, nullptr);
+    const guint object = g_dbus_connection_register_object(connection_, path.c_str(), node->interfaces[0],
+                                                           &kCalls, new TextHandler(std::move(handler)),
+                                                           &destroyHandler<TextHandler>, nullptr);
     g_dbus_node_info_unref(node);
     return BusToken(
         [connection = connection_, object] { g_dbus_connection_unregister_object(connection, object); });

@@ -44,8 +44,8 @@ bool PlasmaWindowBackend::isUsable(const WaylandGlobal& global) {
 }
 
 bool PlasmaWindowBackend::isDecided() const {
-    return std::all_of(windows_.begin(), windows_.end(),
-                       [](const auto& each) { return each.second->isDescribed(); });
+    return display_.isDecided() && std::all_of(windows_.begin(), windows_.end(),
+                                               [](const auto& each) { return each.second->isDescribed(); });
 }
 
 void PlasmaWindowBackend::globalAdded(const WaylandGlobal& global) {
