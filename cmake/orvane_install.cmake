@@ -36,7 +36,6 @@ elseif(EXISTS "${model}")
 endif()
 
 install(DIRECTORY platform/linux/gnome/Windows.shell-extension DESTINATION "${CMAKE_INSTALL_DATADIR}/orvane")
-install(FILES platform/linux/kwin/Windows.kwin-script DESTINATION "${CMAKE_INSTALL_DATADIR}/orvane")
 
 if(TARGET orvane_draw_icon)
     install(TARGETS orvane_draw_icon RUNTIME DESTINATION libexec/orvane)

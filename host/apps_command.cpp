@@ -2,7 +2,7 @@
 #include <iostream>
 #include <nlohmann/json.hpp>
 
-#include "host/command.h"
+#include "host/answer.h"
 #include "host/nearest.h"
 #include "host/reading_platform.h"
 #include "host/terminal.h"
@@ -33,10 +33,6 @@ std::string groupName(const Ref<OrvaneApp>& app) {
     return group ? std::string(group->name().value_or("")) : std::string();
 }
 
-nlohmann::ordered_json jsonText(const std::optional<std::string_view>& text) {
-    return text ? nlohmann::ordered_json(*text) : nlohmann::ordered_json();
-}
-
 void printJson(const std::vector<Row>& rows) {
     auto list = nlohmann::ordered_json::array();
     for (const Row& row : rows) {
@@ -51,7 +47,7 @@ void printJson(const std::vector<Row>& rows) {
         json["lastUsedDate"] = last ? nlohmann::ordered_json(description(*last)) : nullptr;
         list.push_back(std::move(json));
     }
-    std::cout << list.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
+    print(list);
 }
 
 }  // namespace

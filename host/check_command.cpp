@@ -1,7 +1,7 @@
 #include <iostream>
 #include <nlohmann/json.hpp>
 
-#include "host/command.h"
+#include "host/answer.h"
 #include "host/exchange/progress.h"
 #include "host/reading_platform.h"
 #include "persistence/store_check.h"
@@ -70,7 +70,7 @@ int runCheck(const CommonOptions& options) {
         return exitFailure;
     }
     if (options.json)
-        std::cout << json(*check).dump(2, ' ', false, ordered_json::error_handler_t::replace) << '\n';
+        print(json(*check));
     else
         print(*check, file.string());
     return check->isSound() ? exitSuccess : exitFailure;

@@ -47,8 +47,12 @@ void examineSettings(LinuxPlatform& platform, std::vector<ServiceHealth>& findin
     findings.push_back(std::move(settings));
     Error error;
     if (!TitleRules::read(platform.userDefaults().objectForKey(orvaneTitleRulesDefault), &error))
-        findings.push_back({"title rules", false, platform.userDefaults().path().string(), {},
-                            error.localizedDescription() + " Until that is mended, no title is recorded", {}});
+        findings.push_back({"title rules",
+                            false,
+                            platform.userDefaults().path().string(),
+                            {},
+                            error.localizedDescription() + " Until that is mended, no title is recorded",
+                            {}});
 }
 
 void examineStore(const std::optional<std::filesystem::path>& folder, std::vector<ServiceHealth>& findings) {

@@ -2,7 +2,7 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
-#include "host/command.h"
+#include "host/answer.h"
 #include "host/date_range.h"
 #include "host/exchange/csv_writer.h"
 #include "host/exchange/exchange_format.h"
@@ -15,15 +15,6 @@
 namespace orvane::host {
 
 namespace {
-
-int fail(const std::string& problem, ExitStatus status) {
-    std::cerr << "orvane: " << problem << '\n';
-    return status;
-}
-
-std::string counted(std::size_t count, const char* what) {
-    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-}
 
 void printSummary(const StoreExporter& exporter, bool csv, bool json) {
     // Groups and applications stand in the rows of a CSV file, and nowhere else.

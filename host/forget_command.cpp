@@ -4,7 +4,7 @@
 #include <iostream>
 #include <nlohmann/json.hpp>
 
-#include "host/command.h"
+#include "host/answer.h"
 #include "host/date_range.h"
 #include "host/exchange/interruption.h"
 #include "host/exchange/progress.h"
@@ -20,17 +20,6 @@
 namespace orvane::host {
 
 namespace {
-
-int fail(const std::string& problem, ExitStatus status) {
-    std::cerr << "orvane: " << problem << '\n';
-    return status;
-}
-
-int fail(const Error& error) { return fail(error.localizedDescription(), exitFailure); }
-
-std::string counted(std::size_t count, const char* what) {
-    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-}
 
 std::string listed(const std::vector<std::string>& names) {
     std::string text;
@@ -113,14 +102,14 @@ bool isConfirmed(const ForgetReport& report) {
     return answer == "y" || answer == "Y" || answer == "yes";
 }
 
-void print(const ForgetReport& report, bool json) {
+void tell(const ForgetReport& report, bool json) {
     if (json) {
         const nlohmann::ordered_json text{{"recordings", report.recordings},
                                           {"cut", report.cut},
                                           {"duration", decimalText(report.duration)},
                                           {"removedApplications", report.removedApplications},
                                           {"keptApplications", report.keptApplications}};
-        std::cout << text.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
+        print(text);
         return;
     }
     std::cout << "Deleted " << sentence(report) << ".\n";
@@ -157,7 +146,7 @@ int forget(ErasingStore& store, const ForgetOptions& options, const std::optiona
     progress.show(0, 0);
     const bool erased = store.erase(&error);
     progress.clear();
-    print(report, options.common.json);
+    tell(report, options.common.json);
     if (erased) return exitSuccess;
     return fail("it was deleted, but not everything could be overwritten. " + error.localizedDescription(),
                 exitFailure);

@@ -3,7 +3,7 @@
 #include <iostream>
 #include <nlohmann/json.hpp>
 
-#include "host/command.h"
+#include "host/answer.h"
 #include "host/exchange/stored_objects.h"
 #include "host/item_lookup.h"
 #include "host/reading_platform.h"
@@ -16,17 +16,6 @@ namespace orvane::host {
 namespace {
 
 using nlohmann::ordered_json;
-
-int fail(const std::string& problem, ExitStatus status) {
-    std::cerr << "orvane: " << problem << '\n';
-    return status;
-}
-
-int fail(const Error& error) { return fail(error.localizedDescription(), exitFailure); }
-
-ordered_json jsonText(const std::optional<std::string_view>& text) {
-    return text ? ordered_json(*text) : ordered_json();
-}
 
 std::string shownName(const OrvaneGroup& group) {
     return "\"" + std::string(group.name().value_or("")) + "\"";
@@ -67,10 +56,6 @@ ordered_json json(const OrvaneGroup& group) {
                                           {"name", jsonText(member.app->name())},
                                           {"duration", decimalText(member.duration)}});
     return result;
-}
-
-void print(const ordered_json& json) {
-    std::cout << json.dump(2, ' ', false, ordered_json::error_handler_t::replace) << '\n';
 }
 
 /// The stored form of a colour as people write it: `3584e4` or `3584e4cc`, also with a `#`. None for any

@@ -1,13 +1,10 @@
 #include <iostream>
 #include <nlohmann/json.hpp>
 
-#include "host/command.h"
-#include "host/exchange/bucket_reader.h"
-#include "host/exchange/bucket_recordings.h"
-#include "host/exchange/csv_reader.h"
+#include "host/answer.h"
 #include "host/exchange/exchange_format.h"
+#include "host/exchange/import_reading.h"
 #include "host/exchange/interruption.h"
-#include "host/exchange/json_lines_reader.h"
 #include "host/exchange/store_importer.h"
 #include "host/nearest.h"
 #include "host/reading_platform.h"
@@ -18,15 +15,6 @@ namespace orvane::host {
 namespace {
 
 constexpr const char* interrupted = "interrupted; nothing was imported.";
-
-int fail(const std::string& problem, ExitStatus status) {
-    std::cerr << "orvane: " << problem << '\n';
-    return status;
-}
-
-std::string counted(std::size_t count, const char* what) {
-    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-}
 
 void printJson(const ImportReport& report) {
     nlohmann::ordered_json json{{"taken", report.taken},
@@ -68,21 +56,6 @@ void printText(const ImportReport& report) {
                 kind.empty() ? "in a bucket without a type" : "in a bucket of the type \"" + kind + "\"");
 }
 
-void read(InputFile& input, ExchangeFormat format, ImportBatch& batch, ImportReport& report) {
-    switch (format) {
-        case ExchangeFormat::jsonLines:
-            JsonLinesReader(input, batch).read();
-            break;
-        case ExchangeFormat::csv:
-            CsvReader(input, batch).read();
-            break;
-        case ExchangeFormat::buckets:
-            batch.matchesByName = true;
-            addRecordings(BucketReader(input, batch, report).read(), batch, report);
-            break;
-    }
-}
-
 /// Reads the file into the batch; all of it is good when this succeeds.
 int read(const ImportOptions& options, ExchangeFormat format, ImportBatch& batch, ImportReport& report,
          Progress& progress) {
@@ -90,7 +63,7 @@ int read(const ImportOptions& options, ExchangeFormat format, ImportBatch& batch
     InputFile input(options.file, progress);
     std::string problem;
     try {
-        read(input, format, batch, report);
+        readImport(input, format, batch, report);
     } catch (const InputProblem& error) {
         problem = (options.file == "-" ? "standard input" : options.file.string()) + ":" +
                   std::to_string(error.line()) + ": " + error.what() + "; nothing was imported.";

@@ -1,7 +1,7 @@
 #include <iostream>
 #include <nlohmann/json.hpp>
 
-#include "host/command.h"
+#include "host/answer.h"
 #include "host/terminal.h"
 #include "platform/linux/linux_platform.h"
 #include "tracker/orvane.h"
@@ -11,19 +11,6 @@ namespace orvane::host {
 namespace {
 
 using nlohmann::ordered_json;
-
-int fail(const std::string& problem, ExitStatus status) {
-    std::cerr << "orvane: " << problem << '\n';
-    return status;
-}
-
-void print(const ordered_json& json) {
-    std::cout << json.dump(2, ' ', false, ordered_json::error_handler_t::replace) << '\n';
-}
-
-ordered_json jsonText(const std::optional<std::string>& text) {
-    return text ? ordered_json(*text) : ordered_json();
-}
 
 ordered_json json(const TitleRule& rule) {
     return {{"application", jsonText(rule.application)},

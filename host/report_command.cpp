@@ -3,7 +3,7 @@
 #include <iostream>
 #include <nlohmann/json.hpp>
 
-#include "host/command.h"
+#include "host/answer.h"
 #include "host/date_range.h"
 #include "host/html/report_page.h"
 #include "host/output_file.h"
@@ -32,7 +32,7 @@ class Report {
         ordered_json root;
         root["total"] = decimalText(total_);
         root["items"] = std::move(list);
-        std::cout << root.dump(2, ' ', false, ordered_json::error_handler_t::replace) << '\n';
+        print(root);
     }
 
     /// Comma-separated values (RFC 4180): one line an application, or a window.
@@ -62,14 +62,11 @@ class Report {
 
   private:
     ordered_json json(const RangeItem& item) const {
-        const auto optional = [](const std::optional<std::string>& text) {
-            return text ? ordered_json(*text) : ordered_json();
-        };
         ordered_json result;
         result["kind"] = item.isGroup() ? "group" : "app";
-        result["name"] = optional(item.name());
-        result["identifier"] = optional(item.identifier());
-        result["color"] = optional(item.color());
+        result["name"] = jsonText(item.name());
+        result["identifier"] = jsonText(item.identifier());
+        result["color"] = jsonText(item.color());
         result["duration"] = decimalText(item.duration());
         if (item.isGroup()) {
             result["applications"] = ordered_json::array();

@@ -1,5 +1,6 @@
 #include <glib-unix.h>
 
+#include <algorithm>
 #include <csignal>
 #include <iostream>
 #include <nlohmann/json.hpp>
@@ -118,13 +119,18 @@ class TrackSession {
             std::cout << json.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) << std::endl;
             return;
         }
-        std::string line = !tracker_.enabled().boolValue() ? std::string("Tracking is switched off")
-                           : !recording                    ? std::string("Nothing is recorded at present")
-                                        : swatch(app ? app->colorValue() : std::nullopt) + " " + name;
-        if (!window.empty() && tracker_.enabled().boolValue()) line += " — " + window;
+        const bool isShown = tracker_.enabled().boolValue() && recording;
+        std::string line = isShown                          ? name
+                           : tracker_.enabled().boolValue() ? "Nothing is recorded at present"
+                                                            : "Tracking is switched off";
+        if (isShown && !window.empty()) line += " — " + window;
         line += (idle ? "  idle " : "  input ") + clockText(decimalSeconds(tracker_.idleTime())) + " ago";
         line += "  today " + clockText(recordedToday());
-        std::cout << "\r\033[K" << displayText(line, terminalWidth()) << std::flush;
+        std::string mark = swatch(isShown && app ? app->colorValue() : std::nullopt);
+        const std::size_t markWidth = mark.empty() ? 0 : 3;
+        if (!mark.empty()) mark += ' ';
+        std::cout << "\r\033[K" << mark
+                  << displayText(line, std::max(terminalWidth(), markWidth + 1) - markWidth) << std::flush;
     }
 
     Orvane& tracker_;
@@ -163,8 +169,7 @@ int runTrack(const CommonOptions& options) {
     } else if (!platform.userDefaults().boolForKey(orvaneEnabledDefault)) {
         notes << "Tracking is switched off. `orvane enable` switches it on; this waits for it.\n";
     }
-    auto* linux = dynamic_cast<LinuxPlatform*>(&platform);
-    if (linux != nullptr && linux->desktop().isDecided() && !linux->desktop().isAvailable())
+    if (auto* linux = dynamic_cast<LinuxPlatform*>(&platform); linux && !linux->desktop().isAvailable())
         notes << "There is no display to track yet; this waits for it. `orvane doctor` tells more.\n";
     {
         Orvane& tracker = Orvane::sharedOrvane(options.store);

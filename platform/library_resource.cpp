@@ -41,7 +41,7 @@ std::optional<std::filesystem::path> libraryResource(std::string_view name, std:
         if (folder == folder.root_path()) break;
         folder = folder.parent_path();
     }
-    for (const char* built : {ORVANE_RESOURCE_DIR, ORVANE_GNOME_RESOURCE_DIR, ORVANE_KWIN_RESOURCE_DIR}) {
+    for (const char* built : {ORVANE_RESOURCE_DIR, ORVANE_DESKTOP_RESOURCE_DIR}) {
         std::filesystem::path resource = std::filesystem::path(built) / fileName;
         if (isThere(resource)) return resource;
     }

@@ -1,7 +1,8 @@
 #include "host/replay/trace_json.h"
 
 #include <cmath>
-#include <limits>
+
+#include "foundation/json_value.h"
 
 namespace orvane::host {
 
@@ -66,36 +67,6 @@ class Builder : public nlohmann::json_sax<Json> {
     Json* member_ = nullptr;
 };
 
-Value valueOf(const Json& json) {
-    switch (json.type()) {
-        case Json::value_t::boolean:
-            return json.get<bool>();
-        case Json::value_t::number_integer:
-            return json.get<std::int64_t>();
-        case Json::value_t::number_unsigned:
-            if (json.get<std::uint64_t>() >
-                static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max()))
-                return json.get<double>();
-            return json.get<std::int64_t>();
-        case Json::value_t::number_float:
-            return json.get<double>();
-        case Json::value_t::string:
-            return json.get_ref<const std::string&>();
-        case Json::value_t::array: {
-            Value::Array elements;
-            for (const Json& element : json) elements.push_back(valueOf(element));
-            return elements;
-        }
-        case Json::value_t::object: {
-            Dictionary members;
-            for (const auto& [key, member] : json.items()) members.set(key, valueOf(member));
-            return members;
-        }
-        default:
-            return {};
-    }
-}
-
 }  // namespace
 
 Json parseJson(std::string_view text) {
@@ -157,12 +128,12 @@ Member Member::element(std::size_t index) const {
     return {(*json_)[index], place_ + "[" + std::to_string(index) + "]"};
 }
 
-Value Member::value() const { return valueOf(*json_); }
+Value Member::value() const { return valueFromJson(*json_); }
 
 Dictionary Member::dictionary() const {
     requireObject();
     Dictionary result;
-    for (const auto& [key, member] : json_->items()) result.set(key, valueOf(member));
+    for (const auto& [key, member] : json_->items()) result.set(key, valueFromJson(member));
     return result;
 }
 

@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "foundation/file_descriptor.h"
 #include "persistence/persistence_errors.h"
 #include "persistence/sqlite/database.h"
 
@@ -25,20 +26,6 @@ constexpr off_t sharedSize = 510;
 
 constexpr int lockAttempts = 1000;
 constexpr useconds_t lockPause = 5000;  // microseconds
-
-class Descriptor {
-  public:
-    explicit Descriptor(int number) : number_(number) {}
-    ~Descriptor() {
-        if (number_ >= 0) ::close(number_);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    int number() const { return number_; }
-
-  private:
-    int number_;
-};
 
 bool fail(Error* error, PersistenceErrorCode code, const std::filesystem::path& file,
           const std::string& what) {
@@ -107,11 +94,11 @@ int copyBytes(int from, int to, off_t size, std::uint64_t& unreadable) {
     return 0;
 }
 
-bool copyFile(const Descriptor& from, const std::filesystem::path& source,
+bool copyFile(const FileDescriptor& from, const std::filesystem::path& source,
               const std::filesystem::path& target, std::uint64_t& unreadable, Error* error) {
     struct stat status {};
     if (::fstat(from.number(), &status) != 0) return failBySystem(error, source, "cannot be read", errno);
-    const Descriptor to(::open(target.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+    const FileDescriptor to(::open(target.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
     if (to.number() < 0) return failBySystem(error, target, "cannot be made", errno);
     ::fchmod(to.number(), 0600);
     const int failure = copyBytes(from.number(), to.number(), status.st_size, unreadable);
@@ -133,7 +120,7 @@ void settle(const std::filesystem::path& copy) {
 std::optional<PrivateCopy> PrivateCopy::make(const std::filesystem::path& file,
                                              const std::filesystem::path& parent, Error* error) {
     const auto refuse = [](bool) { return std::nullopt; };
-    const Descriptor from(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    const FileDescriptor from(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct stat status {};
     if (from.number() < 0 || ::fstat(from.number(), &status) != 0)
         return refuse(failBySystem(error, file, "cannot be read", errno));
@@ -149,7 +136,7 @@ std::optional<PrivateCopy> PrivateCopy::make(const std::filesystem::path& file,
     if (!copyFile(from, file, copy.file(), copy.unreadableBytes_, error)) return std::nullopt;
     for (const char* suffix : {"-journal", "-wal"}) {
         const std::filesystem::path beside = file.string() + suffix;
-        const Descriptor source(::open(beside.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+        const FileDescriptor source(::open(beside.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
         if (source.number() < 0) continue;
         std::uint64_t ignored = 0;
         if (!copyFile(source, beside, copy.file().string() + suffix, ignored, error)) return std::nullopt;

@@ -33,6 +33,10 @@ class Inspector {
         : database_(database), model_(model), error_(error) {}
 
     std::optional<StoreInspection> inspect() {
+        // Needs no schema, and while it is not finished its read transaction serves all that follows. What
+        // fails here fails there again, and is told there.
+        Statement transaction = prepared("PRAGMA application_id");
+        if (transaction) transaction.step();
         // The first look at the schema puts back what an interrupted transaction left behind, and whatever is
         // wrong with file, folder and locks shows here: only then is the schema loaded on its own.
         Statement metadata = prepared(R"(SELECT "name", "value" FROM "_metadata")");

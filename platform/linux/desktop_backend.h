@@ -11,14 +11,23 @@
 
 namespace orvane {
 
+/// Layers that windows are on; what is in front of what, within limits that desktops do not agree on.
+struct WindowLayer {
+    static constexpr int below = -1;
+    /// Normal application windows.
+    static constexpr int normal = 0;
+    static constexpr int floating = 3;
+    static constexpr int dock = 20;
+    static constexpr int menu = 24;
+};
+
 /// A window as the desktop describes it. Texts are valid UTF-8, empty when unknown.
 struct DesktopWindow {
     /// The desktop's own number for the window; never 0.
     std::int64_t number = 0;
     /// Process that owns the window, as this process sees it; 0 when unknown.
     std::int32_t processIdentifier = 0;
-    /// 0: normal application window; above 0: docks, menus, notices and the like.
-    int layer = 0;
+    int layer = WindowLayer::normal;
     /// Absent when the window has no title.
     std::optional<std::string> title;
     std::string windowClass;

@@ -7,17 +7,17 @@
 #include "platform/linux/gnome/gnome_backend.h"
 #include "platform/linux/gnome/mutter_idle_source.h"
 #include "platform/linux/gnome/mutter_screen_power.h"
+#include "platform/linux/kwin/kwin_script_backend.h"
 #include "platform/linux/session/session_monitor.h"
 #include "platform/linux/session/shared_bus.h"
 #include "platform/linux/sway/sway_backend.h"
 #ifdef ORVANE_HAS_WAYLAND
-#include "platform/linux/kwin/kwin_script_backend.h"
 #include "platform/linux/wayland/ext_idle_source.h"
 #include "platform/linux/wayland/foreign_toplevel_backend.h"
 #ifdef ORVANE_HAS_PLASMA_PROTOCOLS
+#include "platform/linux/kwin/kwin_screen_power.h"
+#include "platform/linux/kwin/plasma_backend.h"
 #include "platform/linux/wayland/kde_idle_source.h"
-#include "platform/linux/wayland/kde_screen_power.h"
-#include "platform/linux/wayland/plasma_window_backend.h"
 #endif
 #include "platform/linux/wayland/wayland_display.h"
 #include "platform/linux/wayland/wlr_screen_power.h"
@@ -92,9 +92,9 @@ void LinuxPlatform::addWindowBackends() {
     desktop_->add(std::make_unique<GnomeBackend>(*desktopBus_));
 #ifdef ORVANE_HAS_WAYLAND
 #ifdef ORVANE_HAS_PLASMA_PROTOCOLS
-    desktop_->add(std::make_unique<PlasmaWindowBackend>(*waylandDisplay_));
+    desktop_->add(std::make_unique<PlasmaBackend>(*waylandDisplay_));
 #endif
-    desktop_->add(std::make_unique<KWinScriptBackend>(*desktopBus_, *waylandDisplay_));
+    desktop_->add(std::make_unique<KwinScriptBackend>(*desktopBus_));
     desktop_->add(std::make_unique<ForeignToplevelBackend>(*waylandDisplay_));
 #endif
 #ifdef ORVANE_HAS_X11
@@ -118,7 +118,7 @@ void LinuxPlatform::addScreenPowerSources() {
 #ifdef ORVANE_HAS_WAYLAND
     desktop_->add(std::make_unique<WlrScreenPower>(*waylandDisplay_));
 #ifdef ORVANE_HAS_PLASMA_PROTOCOLS
-    desktop_->add(std::make_unique<KdeScreenPower>(*waylandDisplay_));
+    desktop_->add(std::make_unique<KwinScreenPower>(*waylandDisplay_));
 #endif
 #endif
     desktop_->add(std::make_unique<MutterScreenPower>(*desktopBus_));

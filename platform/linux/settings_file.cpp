@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <system_error>
 
+#include "foundation/file_descriptor.h"
 #include "platform/linux/linux_file_manager.h"
 #include "platform/linux/xdg_folders.h"
 
@@ -21,26 +22,9 @@ namespace {
 
 constexpr std::size_t largestFile = 1 << 20;
 
-/// An open file that is closed at the end of its life.
-class Descriptor {
-  public:
-    explicit Descriptor(int number) : number_(number) {}
-    ~Descriptor() {
-        if (number_ >= 0) ::close(number_);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    int number() const { return number_; }
-    bool isOpen() const { return number_ >= 0; }
-
-  private:
-    int number_;
-};
-
 /// Keeps other processes from setting values while this one does. Gives up after a moment, rather than
 /// hanging with a process that was stopped in the middle.
-void lockFolder(const Descriptor& folder) {
+void lockFolder(const FileDescriptor& folder) {
     constexpr int attempts = 20;
     constexpr useconds_t pause = 5000;
     for (int i = 0; i < attempts && flock(folder.number(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
@@ -51,7 +35,7 @@ void lockFolder(const Descriptor& folder) {
 /// The whole text; none, with the system's error, when it cannot be read.
 std::optional<std::string> readFile(const fs::path& file, int& systemError) {
     // A fifo in the file's place must not stop the host.
-    const Descriptor descriptor(open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    const FileDescriptor descriptor(open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct stat status {};
     if (!descriptor.isOpen() || fstat(descriptor.number(), &status) != 0) {
         systemError = errno;
@@ -140,7 +124,7 @@ bool SettingsFile::setObject(const Value& value, std::string_view key, Error* er
     if (!LinuxFileManager().createDirectory(folder, error)) return false;
     bool kept = true;
     {
-        const Descriptor lock(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        const FileDescriptor lock(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         lockFolder(lock);
         auto document = reload();
         if (!document) {
@@ -166,7 +150,7 @@ bool SettingsFile::write(const std::string& text, Error* error) {
     const fs::path file = target();
     const fs::path folder = file.parent_path();
     std::string temporary = (folder / ".settings.json.XXXXXX").string();
-    const Descriptor descriptor(mkostemp(temporary.data(), O_CLOEXEC));  // mode 0600
+    const FileDescriptor descriptor(mkostemp(temporary.data(), O_CLOEXEC));  // mode 0600
     if (!descriptor.isOpen()) {
         assignError(error, fileWriteError(file, errno));
         return false;
@@ -179,7 +163,7 @@ bool SettingsFile::write(const std::string& text, Error* error) {
         return false;
     }
     // The new name has to outlast a power cut as well.
-    const Descriptor directory(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const FileDescriptor directory(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (directory.isOpen()) fsync(directory.number());
     return true;
 }

@@ -1,8 +1,9 @@
 #include "platform/linux/settings_json.h"
 
 #include <cmath>
-#include <limits>
 #include <nlohmann/json.hpp>
+
+#include "foundation/json_value.h"
 
 namespace orvane {
 
@@ -12,36 +13,6 @@ using Json = nlohmann::ordered_json;
 
 /// Far beyond any real setting, and shallow enough for every walk over the values.
 constexpr int deepestNesting = 64;
-
-Value valueOf(const Json& json) {
-    switch (json.type()) {
-        case Json::value_t::boolean:
-            return json.get<bool>();
-        case Json::value_t::number_integer:
-            return json.get<std::int64_t>();
-        case Json::value_t::number_unsigned:
-            // Beyond 64 signed bits only the nearest number can be held.
-            if (json.get<std::uint64_t>() > std::uint64_t{std::numeric_limits<std::int64_t>::max()})
-                return json.get<double>();
-            return json.get<std::int64_t>();
-        case Json::value_t::number_float:
-            return json.get<double>();
-        case Json::value_t::string:
-            return json.get_ref<const std::string&>();
-        case Json::value_t::array: {
-            Value::Array array;
-            for (const auto& element : json) array.push_back(valueOf(element));
-            return array;
-        }
-        case Json::value_t::object: {
-            Dictionary dictionary;
-            for (const auto& [key, element] : json.items()) dictionary.set(key, valueOf(element));
-            return dictionary;
-        }
-        default:
-            return {};
-    }
-}
 
 /// None when JSON cannot hold the value.
 std::optional<Json> jsonOf(const Value& value) {
@@ -111,7 +82,7 @@ std::optional<SettingsDocument> SettingsDocument::parse(std::string_view text, s
 }
 
 Dictionary SettingsDocument::values() const {
-    const Value all = valueOf(content_->json);
+    const Value all = valueFromJson(content_->json);
     return *all.asDictionary();
 }
 

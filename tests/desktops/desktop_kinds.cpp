@@ -3,6 +3,9 @@
 #include <glib.h>
 
 #include "tests/desktops/gnome_desktop.h"
+#ifdef ORVANE_HAS_PLASMA_PROTOCOLS
+#include "tests/desktops/kwin_desktop.h"
+#endif
 #include "tests/desktops/sway_desktop.h"
 #include "tests/desktops/x11_desktop.h"
 
@@ -34,6 +37,16 @@ std::vector<DesktopKind> desktopKinds() {
          {"gnome-shell", "setpriv"},
          [] { return std::make_unique<GnomeDesktop>(); },
          "GNOME Shell (extension)"},
+#ifdef ORVANE_HAS_PLASMA_PROTOCOLS
+        {"kwin",
+         {"kwin_wayland", "kbuildsycoca5", "setpriv"},
+         [] { return std::make_unique<KwinDesktop>(true); },
+         "KWin (window management)"},
+        {"kwinscript",
+         {"kwin_wayland", "kbuildsycoca5", "setpriv"},
+         [] { return std::make_unique<KwinDesktop>(false); },
+         "KWin (script)"},
+#endif
     };
 }
 

@@ -32,6 +32,13 @@ GnomeDesktop::~GnomeDesktop() {
     GnomeExtension().remove();
 }
 
+std::unique_ptr<PrivateAccessibility> GnomeDesktop::offerAccessibility() {
+    auto accessibility = std::make_unique<PrivateAccessibility>(sessionBus());
+    setForPrograms("AT_SPI_BUS_ADDRESS", accessibility->address());
+    setForPrograms("NO_AT_BRIDGE", "");
+    return accessibility;
+}
+
 std::string GnomeDesktop::installedVersion() {
     ChildProcess shell({"gnome-shell", "--version"});
     const auto answer = shell.readLine();

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "tests/desktops/test_desktop.h"
+#include "tests/platform/accessibility/private_accessibility.h"
 
 namespace orvane {
 
@@ -28,6 +29,10 @@ class GnomeDesktop : public TestDesktop {
     std::string evaluate(const std::string& script);
     /// The version of the shell that is installed, such as "43.9"; empty without one.
     static std::string installedVersion();
+    /// Programs offer themselves to assistive programs from now on, on the bus that is returned.
+    std::unique_ptr<PrivateAccessibility> offerAccessibility();
+    /// After a program that the test ran has written them.
+    void giveSettingsToUser() { giveToUser(folder() / "home"); }
     /// What the user's programs have in their environment, for programs that the test runs.
     std::map<std::string, std::string> userEnvironment() const;
 

@@ -3,11 +3,8 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "host/exchange/bucket_reader.h"
-#include "host/exchange/bucket_recordings.h"
-#include "host/exchange/csv_reader.h"
 #include "host/exchange/csv_writer.h"
-#include "host/exchange/json_lines_reader.h"
+#include "host/exchange/import_reading.h"
 #include "host/exchange/json_lines_writer.h"
 #include "host/exchange/store_exporter.h"
 #include "host/exchange/store_importer.h"
@@ -53,18 +50,7 @@ ImportBatch read(const std::filesystem::path& file, ImportReport& report) {
     Progress progress;
     InputFile input(file, progress);
     ImportBatch batch;
-    switch (exchangeFormatOf(file).value()) {
-        case ExchangeFormat::jsonLines:
-            JsonLinesReader(input, batch).read();
-            break;
-        case ExchangeFormat::csv:
-            CsvReader(input, batch).read();
-            break;
-        case ExchangeFormat::buckets:
-            batch.matchesByName = true;
-            addRecordings(BucketReader(input, batch, report).read(), batch, report);
-            break;
-    }
+    readImport(input, exchangeFormatOf(file).value(), batch, report);
     return batch;
 }
 

@@ -1,111 +1,90 @@
 #include "platform/linux/kwin/kwin_script.h"
 
-#include <glib/gstdio.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <fstream>
-#include <iterator>
-#include <nlohmann/json.hpp>
-
-#include "platform/library_resource.h"
-#include "platform/linux/compositor_sockets.h"
+#include "platform/linux/desktop_backend.h"
 
 namespace orvane {
 
 namespace {
 
-constexpr const char* kService = "org.kde.KWin";
+// Functions and properties have other names from version 6 on; each is used under the name that is there.
+constexpr const char* kBody = R"js(
+var unanswered = 0;
 
-/// No constant: a platform that lives until the program ends would outlive it.
-BusObject scripting() { return {kService, "/Scripting", "org.kde.kwin.Scripting"}; }
+function isHere(window) {
+    if (window.onAllDesktops) return true;
+    // Up to version 5 desktops are numbers.
+    if (typeof workspace.currentDesktop === "number") return window.desktop === workspace.currentDesktop;
+    return window.desktops.indexOf(workspace.currentDesktop) >= 0;
+}
 
-// As the script is told them; a number in a name stands for what a script relies on.
-constexpr const char* kPath = "/org/orvane/WindowReports1";
-constexpr const char* kInterface = "org.orvane.WindowReports1";
+function layerOf(window) {
+    if (window.desktopWindow) return layers.below;
+    if (window.dock) return layers.dock;
+    if (window.notification || window.criticalNotification || window.onScreenDisplay || window.appletPopup ||
+        window.menu || window.dropdownMenu || window.popupMenu || window.tooltip || window.comboBox ||
+        window.dndIcon) return layers.menu;
+    if (window.splash || window.toolbar || window.utility || window.keepAbove) return layers.floating;
+    return window.keepBelow ? layers.below : layers.normal;
+}
 
-constexpr unsigned kFirstReportMilliseconds = 5000;
-constexpr int kUnloadMilliseconds = 250;
+function report(gone) {
+    // A program that is gone answers no more.
+    if (unanswered > 50) return;
+    ++unanswered;
+    var windows = workspace.windowList ? workspace.windowList() : workspace.clientList();
+    var active = workspace.windowList ? workspace.activeWindow : workspace.activeClient;
+    windows = windows.filter(function (window) { return window !== gone && !window.deleted; });
+    windows.sort(function (one, other) { return other.stackingOrder - one.stackingOrder; });
+    callDBus(connection, path, interfaceName, method, JSON.stringify(windows.map(function (window) {
+        return {
+            id: String(window.internalId),
+            pid: window.pid,
+            class: String(window.desktopFileName) || String(window.resourceClass),
+            name: String(window.resourceName),
+            title: window.caption,
+            layer: layerOf(window),
+            active: window === active,
+            shown: !window.minimized && !window.hidden && isHere(window)
+        };
+    })), function () { unanswered = 0; });
+}
 
-/// What KWin answers when it has a script of that name already.
-constexpr int kNoScript = -1;
+function connectAll(object, signals, handler) {
+    signals.forEach(function (name) { if (object[name]) object[name].connect(handler); });
+}
+
+function changed() { report(null); }
+
+function watch(window) {
+    connectAll(window, ["captionChanged", "minimizedChanged", "hiddenChanged", "desktopChanged", "desktopsChanged",
+        "keepAboveChanged", "keepBelowChanged", "stackingOrderChanged", "desktopFileNameChanged",
+        "windowClassChanged"], changed);
+}
+
+(workspace.windowList ? workspace.windowList() : workspace.clientList()).forEach(watch);
+connectAll(workspace, ["clientAdded", "windowAdded"], function (window) { watch(window); changed(); });
+connectAll(workspace, ["clientRemoved", "windowRemoved"], report);
+connectAll(workspace, ["clientActivated", "windowActivated", "currentDesktopChanged"], changed);
+changed();
+)js";
+
+std::string constant(const char* name, const std::string& value) {
+    return std::string("var ") + name + " = " + value + ";\n";
+}
+
+std::string text(const std::string& value) { return '"' + value + '"'; }
 
 }  // namespace
 
-std::string KWinScript::nameFor(const BusConnection& bus) {
-    auto name = "orvane-windows-" + bus.uniqueName();
-    std::replace_if(
-        name.begin(), name.end(), [](char each) { return each == ':' || each == '.'; }, '-');
-    return name;
+std::string kwinScript(const std::string& connection) {
+    const auto layer = [](const char* name, int number) { return name + (": " + std::to_string(number)); };
+    return constant("connection", text(connection)) + constant("path", text(kwinReportPath)) +
+           constant("interfaceName", text(kwinReportInterface)) + constant("method", text(kwinReportMethod)) +
+           constant("layers",
+                    "{" + layer("below", WindowLayer::below) + ", " + layer("normal", WindowLayer::normal) +
+                        ", " + layer("floating", WindowLayer::floating) + ", " +
+                        layer("dock", WindowLayer::dock) + ", " + layer("menu", WindowLayer::menu) + "}") +
+           kBody;
 }
-
-KWinScript::KWinScript(BusConnection& bus)
-    : bus_(bus), name_(nameFor(bus)), file_(runtimeFolder() + "/" + name_ + ".js") {}
-
-KWinScript::~KWinScript() {
-    removeFile();
-    bool isLate = false;
-    bus_.callNow(scripting(), "unloadScript", g_variant_new("(s)", name_.c_str()), kUnloadMilliseconds,
-                 isLate);
-}
-
-void KWinScript::load() {
-    if (!writeFile()) {
-        firstReportTimer_.start(0, [this] { fail(); });
-        return;
-    }
-    firstReportTimer_.start(kFirstReportMilliseconds, [this] { fail(); });
-    object_ = bus_.receive(kPath, kInterface, "Report", [this](const std::string& report) {
-        // KWin has read it by now.
-        removeFile();
-        firstReportTimer_.cancel();
-        // Copied: the owner may destroy this object.
-        const auto handler = onReport;
-        if (handler) handler(report);
-    });
-    bus_.call(scripting(), "unloadScript", g_variant_new("(s)", name_.c_str()), nullptr);
-    bus_.call(scripting(), "loadScript", g_variant_new("(ss)", file_.c_str(), name_.c_str()),
-              [this, life = std::weak_ptr(life_)](GVariant* values, GUnixFDList*) {
-                  if (life.expired()) return;
-                  gint32 script = kNoScript;
-                  if (values != nullptr && g_variant_is_of_type(values, G_VARIANT_TYPE("(i)"))) {
-                      g_variant_get(values, "(i)", &script);
-                  }
-                  if (script == kNoScript) {
-                      fail();
-                  } else {
-                      run(script);
-                  }
-              });
-}
-
-void KWinScript::run(int script) {
-    // The first is where KWin 5 has its scripts, the second where KWin 6 does.
-    for (const auto* folder : {"/", "/Scripting/Script"}) {
-        bus_.call({kService, folder + std::to_string(script), "org.kde.kwin.Script"}, "run", nullptr,
-                  nullptr);
-    }
-}
-
-void KWinScript::fail() {
-    firstReportTimer_.cancel();
-    // Copied: the owner may destroy this object.
-    const auto handler = onFailed;
-    if (handler) handler();
-}
-
-bool KWinScript::writeFile() {
-    const auto source = libraryResource("Windows", "kwin-script");
-    if (!source || runtimeFolder().empty()) return false;
-    std::ifstream stream(*source, std::ios::binary);
-    const std::string body(std::istreambuf_iterator<char>(stream), {});
-    if (body.empty()) return false;
-    const nlohmann::json addressee{
-        {"service", bus_.uniqueName()}, {"path", kPath}, {"interface", kInterface}, {"plugin", name_}};
-    const auto text = "const ORVANE = " + addressee.dump() + ";\n" + body;
-    return g_file_set_contents(file_.c_str(), text.data(), static_cast<gssize>(text.size()), nullptr) != 0;
-}
-
-void KWinScript::removeFile() { g_unlink(file_.c_str()); }
 
 }  // namespace orvane

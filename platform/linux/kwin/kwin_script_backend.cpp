@@ -1,142 +1,144 @@
 #include "platform/linux/kwin/kwin_script_backend.h"
 
-#include <algorithm>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <system_error>
 #include <utility>
 
-#include "platform/linux/session/reply_values.h"
-#ifdef ORVANE_HAS_PLASMA_PROTOCOLS
-#include "platform/linux/wayland/plasma_window_backend.h"
-#endif
+#include "platform/linux/compositor_sockets.h"
+#include "platform/linux/kwin/kwin_script.h"
 
 namespace orvane {
 
+namespace fs = std::filesystem;
+
 namespace {
 
-const BusObject kKWin{"org.kde.KWin", "/KWin", "org.kde.KWin"};
+constexpr const char* kKwin = "org.kde.KWin";
+const BusObject kScripting{kKwin, "/Scripting", "org.kde.kwin.Scripting"};
 
-// Offered to everybody, and by no other compositor.
-constexpr const char* kKWinInterface = "org_kde_plasma_shell";
+// From loading the script to its first report.
+constexpr unsigned kPatienceMilliseconds = 3000;
+// So long the end may wait for KWin, which else would keep a script that nobody listens to.
+constexpr int kUnloadMilliseconds = 200;
 
-constexpr unsigned kFirstRetryMilliseconds = 500;
-constexpr unsigned kLastRetryMilliseconds = 60'000;
-
-bool isPermission([[maybe_unused]] const WaylandGlobal& global) {
-#ifdef ORVANE_HAS_PLASMA_PROTOCOLS
-    return PlasmaWindowBackend::isUsable(global);
-#else
-    return false;
-#endif
+/// A file that only this user can read, with the text; empty when it cannot be written.
+fs::path writeScript(const std::string& text) {
+    std::string path = (fs::path(runtimeFolder()) / "orvane-kwin-XXXXXX").string();
+    const int descriptor = ::mkstemp(path.data());
+    if (descriptor < 0) return {};
+    const bool isWritten = ::write(descriptor, text.data(), text.size()) == static_cast<ssize_t>(text.size());
+    ::close(descriptor);
+    if (isWritten) return path;
+    ::unlink(path.c_str());
+    return {};
 }
 
 }  // namespace
 
-KWinScriptBackend::KWinScriptBackend(SharedBus& bus, WaylandDisplay& display)
-    : sharedBus_(bus), display_(display), retryMilliseconds_(kFirstRetryMilliseconds) {
-    bus.add(*this);
-    display.add(*this);
-}
+KwinScriptBackend::KwinScriptBackend(SharedBus& bus) : sharedBus_(bus) { bus.add(*this); }
 
-bool KWinScriptBackend::isWanted() const {
-    return isKWinOnBus_ && display_.answers() && isKWinCompositor_ && !hasPermission_;
-}
+KwinScriptBackend::~KwinScriptBackend() { unload(); }
 
-bool KWinScriptBackend::isDecided() const {
-    if (!display_.isDecided()) return false;
-    if (!isKWinCompositor_ || hasPermission_) return true;
+bool KwinScriptBackend::isDecided() const {
     if (bus_ == nullptr) return sharedBus_.isDecided();
-    return isNameDecided_ && (!isWanted() || hasFailed_ || isAvailable());
+    return isKwinDecided_ && !patience_.isPending();
 }
 
-void KWinScriptBackend::busOpened(BusConnection& bus) {
+void KwinScriptBackend::busOpened(BusConnection& bus) {
     bus_ = &bus;
-    desktopShownSignal_ =
-        bus.subscribe(kKWin, "showingDesktopChanged", [this](const std::string&, GVariant* values) {
-            isDesktopShown_ = booleanIn(values).value_or(false);
-            tell();
-        });
-    nameWatch_ = bus.watchName(kKWin.service, [this](bool isOwned) {
-        isNameDecided_ = true;
-        isKWinOnBus_ = isOwned;
-        // Another KWin than before knows nothing of a script.
-        script_.reset();
-        update();
-    });
+    reports_ = bus.receive(
+        kwinReportPath, kwinReportInterface, kwinReportMethod,
+        [this](const std::string& sender, const std::string& report) { reported(sender, report); });
+    kwinWatch_ = bus.watchName(kKwin, [this](bool isOwned) { kwinOwned(isOwned); });
 }
 
-void KWinScriptBackend::busClosed() {
-    nameWatch_ = {};
-    desktopShownSignal_ = {};
-    isKWinOnBus_ = false;
-    isNameDecided_ = false;
-    update();
+void KwinScriptBackend::busClosed() {
+    kwinWatch_ = {};
+    reports_ = {};
+    isLoaded_ = false;
+    kwinOwned(false);
+    isKwinDecided_ = false;
     bus_ = nullptr;
 }
 
-void KWinScriptBackend::globalAdded(const WaylandGlobal& global) {
-    if (global.interface == kKWinInterface) isKWinCompositor_ = true;
-    if (isPermission(global)) hasPermission_ = true;
-}
-
-void KWinScriptBackend::compositorLost() {
-    isKWinCompositor_ = false;
-    hasPermission_ = false;
-    update();
-}
-
-void KWinScriptBackend::update() {
-    if (isWanted() && script_) return;
-    retryTimer_.cancel();
-    retryMilliseconds_ = kFirstRetryMilliseconds;
-    script_.reset();
-    report_.reset();
-    isDesktopShown_ = false;
-    hasFailed_ = false;
-    if (isWanted()) start();
-    // Later, when the display too knows how it stands.
-    noticeTimer_.start(0, [this] { tell(); });
-}
-
-void KWinScriptBackend::start() {
-    bus_->getBoolean(kKWin, "showingDesktop", [this](std::optional<bool> isShown) {
-        isDesktopShown_ = isShown.value_or(false);
-        tell();
-    });
-    script_ = std::make_unique<KWinScript>(*bus_);
-    script_->onReport = [this](const std::string& text) { reported(text); };
-    script_->onFailed = [this] { failed(); };
-    script_->load();
-}
-
-void KWinScriptBackend::failed() {
-    hasFailed_ = true;
-    script_.reset();
-    retryTimer_.start(retryMilliseconds_, [this] { start(); });
-    retryMilliseconds_ = std::min(2 * retryMilliseconds_, kLastRetryMilliseconds);
-    if (onAvailabilityChanged) {
-        // The shortcoming is another one.
-        onAvailabilityChanged(isAvailable());
+void KwinScriptBackend::kwinOwned(bool isOwned) {
+    isKwinDecided_ = true;
+    ++owner_;
+    // A script ends with the KWin that runs it.
+    isLoaded_ = false;
+    forget();
+    if (isOwned) {
+        patience_.start(kPatienceMilliseconds, [this] { giveUp(); });
+        bus_->call({"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus"}, "GetNameOwner",
+                   g_variant_new("(s)", kKwin), [this, owner = owner_](GVariant* values, GUnixFDList*) {
+                       if (owner != owner_ || values == nullptr) return;
+                       const char* name = nullptr;
+                       if (!g_variant_is_of_type(values, G_VARIANT_TYPE("(s)"))) return;
+                       g_variant_get(values, "(&s)", &name);
+                       kwin_ = name;
+                       load();
+                   });
     }
-}
-
-void KWinScriptBackend::reported(const std::string& text) {
-    auto report = KWinReport::parse(text);
-    if (!report) return;
-    hasFailed_ = false;
-    retryMilliseconds_ = kFirstRetryMilliseconds;
-    std::map<std::string, std::int64_t> numbers;
-    for (auto& window : report->windows) {
-        const auto known = numbers_.find(window.identifier);
-        window.description.number = known != numbers_.end() ? known->second : ++lastNumber_;
-        numbers[window.identifier] = window.description.number;
-    }
-    numbers_ = std::move(numbers);
-    report_ = std::move(report);
     tell();
 }
 
-void KWinScriptBackend::tell() {
-    const auto window = activeWindow();
-    const auto active = window ? window->number : 0;
+std::string KwinScriptBackend::scriptName() const { return "orvane" + bus_->ownName(); }
+
+void KwinScriptBackend::load() {
+    file_ = writeScript(kwinScript(bus_->ownName()));
+    if (file_.empty()) {
+        giveUp();
+        return;
+    }
+    bus_->call(kScripting, "loadScript", g_variant_new("(ss)", file_.c_str(), scriptName().c_str()),
+               [this, owner = owner_](GVariant* values, GUnixFDList*) {
+                   if (owner != owner_ || values == nullptr) return;
+                   isLoaded_ = true;
+                   bus_->call(kScripting, "start", nullptr, [](GVariant*, GUnixFDList*) {});
+               });
+}
+
+void KwinScriptBackend::unload() {
+    bool isLate = false;
+    if (bus_ != nullptr && isLoaded_)
+        bus_->callNow(kScripting, "unloadScript", g_variant_new("(s)", scriptName().c_str()),
+                      kUnloadMilliseconds, isLate);
+    isLoaded_ = false;
+    forget();
+}
+
+void KwinScriptBackend::giveUp() {
+    isGivenUp_ = true;
+    patience_.cancel();
+    if (onAvailabilityChanged) onAvailabilityChanged(false);  // the shortcoming is another one
+}
+
+void KwinScriptBackend::forget() {
+    patience_.cancel();
+    kwin_.clear();
+    picture_.reset();
+    isGivenUp_ = false;
+    std::error_code ignored;
+    if (!file_.empty()) fs::remove(std::exchange(file_, {}), ignored);
+}
+
+void KwinScriptBackend::reported(const std::string& sender, const std::string& report) {
+    // Whoever else calls tells nothing about windows.
+    if (kwin_.empty() || sender != kwin_) return;
+    auto picture = reader_.read(report);
+    if (!picture) return;
+    picture_ = std::move(picture);
+    patience_.cancel();
+    isGivenUp_ = false;
+    std::error_code ignored;
+    if (!file_.empty()) fs::remove(std::exchange(file_, {}), ignored);
+    tell();
+}
+
+void KwinScriptBackend::tell() {
+    const auto active = picture_ && picture_->active ? picture_->active->number : 0;
     const bool isOther = std::exchange(toldActive_, active) != active;
     const bool available = isAvailable();
     if (std::exchange(toldAvailable_, available) != available && onAvailabilityChanged) {
@@ -145,27 +147,20 @@ void KWinScriptBackend::tell() {
     if (isOther && onActiveWindowChanged) onActiveWindowChanged();
 }
 
-std::optional<DesktopWindow> KWinScriptBackend::activeWindow() {
-    if (!report_ || isDesktopShown_) return std::nullopt;
-    for (const auto& window : report_->windows) {
-        if (window.identifier == report_->active) return window.description;
-    }
-    return std::nullopt;
+std::optional<DesktopWindow> KwinScriptBackend::activeWindow() {
+    return picture_ ? picture_->active : std::nullopt;
 }
 
-std::vector<DesktopWindow> KWinScriptBackend::windows() {
-    std::vector<DesktopWindow> result;
-    if (!report_ || isDesktopShown_) return result;
-    for (const auto& window : report_->windows) result.push_back(window.description);
-    return result;
+std::vector<DesktopWindow> KwinScriptBackend::windows() {
+    return picture_ ? picture_->windows : std::vector<DesktopWindow>();
 }
 
-std::optional<Shortcoming> KWinScriptBackend::shortcoming() const {
-    if (!isKWinCompositor_ || hasPermission_ || isAvailable()) return std::nullopt;
-    return Shortcoming{isKWinOnBus_
-                           ? "KWin tells its windows only to programs with permission, and ran no script"
-                           : "KWin tells its windows only to programs with permission, and is not on the bus",
-                       "orvane setup kwin"};
+std::optional<Shortcoming> KwinScriptBackend::shortcoming() const {
+    if (!isGivenUp_ || isAvailable()) return std::nullopt;
+    return Shortcoming{
+        "KWin tells its windows to programs that have its permission, and takes no script here that would "
+        "tell them",
+        "orvane setup kwin"};
 }
 
 }  // namespace orvane

@@ -1,32 +1,31 @@
 #pragma once
 
-#include <cstdint>
-#include <map>
-#include <memory>
+#include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "foundation/internal.h"
 #include "platform/linux/desktop_backend.h"
-#include "platform/linux/kwin/kwin_report.h"
-#include "platform/linux/kwin/kwin_script.h"
+#include "platform/linux/kwin/kwin_picture.h"
 #include "platform/linux/main_loop_timer.h"
 #include "platform/linux/session/shared_bus.h"
-#include "platform/linux/wayland/wayland_display.h"
 
 namespace orvane {
 
-/// Windows of KWin as our script in it reports them, which takes no permission. The script is there only
-/// while KWin is the compositor and does not tell its windows by its protocol. What is told here is what the
-/// last report said, so no question waits. Main thread only.
-class KWinScriptBackend : public DesktopBackend, public BusUser, public WaylandListener {
+/// The windows of KWin as a script of ours in it reports them, which needs no permission. The script is
+/// loaded over the session bus and unloaded at the end; nothing is kept in the user's settings. Main thread
+/// only.
+class KwinScriptBackend : public DesktopBackend, public BusUser {
   public:
-    /// Adds itself to both. The display must be started later, and be destroyed first or be disconnected
-    /// before this is destroyed.
-    KWinScriptBackend(SharedBus& bus, WaylandDisplay& display);
+    /// Adds itself to the bus.
+    explicit KwinScriptBackend(SharedBus& bus);
+    ~KwinScriptBackend() override;
+    KwinScriptBackend(const KwinScriptBackend&) = delete;
+    KwinScriptBackend& operator=(const KwinScriptBackend&) = delete;
 
     std::string name() const override { return "KWin (script)"; }
-    bool isAvailable() const override { return report_.has_value(); }
+    bool isAvailable() const override { return picture_.has_value(); }
     bool isDecided() const override;
     std::optional<DesktopWindow> activeWindow() override;
     std::vector<DesktopWindow> windows() override;
@@ -35,43 +34,35 @@ class KWinScriptBackend : public DesktopBackend, public BusUser, public WaylandL
     void busOpened(BusConnection& bus) override;
     void busClosed() override;
 
-    void globalAdded(const WaylandGlobal& global) override;
-    void compositorReady() override { update(); }
-    void compositorLost() override;
-
   private:
-    /// KWin is what shows the windows, and tells them in no better way.
-    bool isWanted() const;
-    void update();
-    void start();
-    void reported(const std::string& text);
-    void failed();
+    void kwinOwned(bool isOwned);
+    void load();
+    void unload();
+    void giveUp();
+    std::string scriptName() const;
+    void reported(const std::string& sender, const std::string& report);
+    void forget();
     void tell();
 
     SharedBus& sharedBus_;
-    WaylandDisplay& display_;
     BusConnection* bus_ = nullptr;
-    BusToken nameWatch_;
-    BusToken desktopShownSignal_;
-    bool isKWinOnBus_ = false;
-    /// Whether the bus has said so much.
-    bool isNameDecided_ = false;
-    bool isKWinCompositor_ = false;
-    bool hasPermission_ = false;
-    std::unique_ptr<KWinScript> script_;
-    /// No report came the last time.
-    bool hasFailed_ = false;
-    unsigned retryMilliseconds_;
-    std::optional<KWinReport> report_;
-    /// The user has put all windows aside.
-    bool isDesktopShown_ = false;
-    std::int64_t lastNumber_ = 0;
-    /// Of the windows of the last report, by KWin's identifier.
-    std::map<std::string, std::int64_t> numbers_;
+    BusToken kwinWatch_;
+    BusToken reports_;
+    /// Whether the bus has said who owns KWin's name.
+    bool isKwinDecided_ = false;
+    /// Counts the owners of the name: an answer from an earlier one is void.
+    unsigned owner_ = 0;
+    /// The connection that is KWin's; empty without one.
+    std::string kwin_;
+    /// KWin reads it some time after it was asked to; removed with the first report.
+    std::filesystem::path file_;
+    bool isLoaded_ = false;
+    bool isGivenUp_ = false;
+    KwinPictureReader reader_;
+    std::optional<KwinPicture> picture_;
     bool toldAvailable_ = false;
     std::int64_t toldActive_ = 0;
-    MainLoopTimer retryTimer_;
-    MainLoopTimer noticeTimer_;
+    MainLoopTimer patience_;
 };
 
 }  // namespace orvane

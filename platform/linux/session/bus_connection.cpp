@@ -22,7 +22,7 @@ void finishCall(GObject* source, GAsyncResult* result, gpointer data) {
     // Cancelled: who asked may be gone.
     const bool isWanted = !g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED);
     g_clear_error(&error);
-    if (isWanted && *reply) (*reply)(values.get(), descriptors);
+    if (isWanted) (*reply)(values.get(), descriptors);
     g_clear_object(&descriptors);
 }
 
@@ -47,18 +47,15 @@ void tellClosed(GDBusConnection*, gboolean, GError*, gpointer handler) {
     copy();
 }
 
-void receiveText(GDBusConnection*, const gchar*, const gchar*, const gchar*, const gchar*, GVariant* values,
-                 GDBusMethodInvocation* invocation, gpointer handler) {
-    const char* text = nullptr;
-    g_variant_get(values, "(&s)", &text);
-    const std::string received(text);
-    // Copied: the handler may end the object that holds it.
-    const auto copy = *static_cast<BusConnection::TextHandler*>(handler);
-    g_dbus_method_invocation_return_value(invocation, nullptr);
-    copy(received);
-}
-
 void destroyClosedHandler(gpointer handler, GClosure*) { destroyHandler<std::function<void()>>(handler); }
+
+void takeCall(GDBusConnection*, const gchar* sender, const gchar*, const gchar*, const gchar*,
+              GVariant* values, GDBusMethodInvocation* invocation, gpointer receiver) {
+    const gchar* text = nullptr;
+    g_variant_get(values, "(&s)", &text);
+    (*static_cast<BusConnection::Receiver*>(receiver))(sender, text);
+    g_dbus_method_invocation_return_value(invocation, nullptr);
+}
 
 }  // namespace
 
@@ -119,23 +116,24 @@ BusToken BusConnection::watchName(const std::string& name, std::function<void(bo
     return BusToken([watch] { g_bus_unwatch_name(watch); });
 }
 
-BusToken BusConnection::receive(const std::string& path, const std::string& interface, const char* method,
-                                TextHandler handler) {
-    static constexpr GDBusInterfaceVTable kCalls{&receiveText, nullptr, nullptr, {}};
-    const std::string description = "<node><interface name='" + interface + "'><method name='" + method +
-                                    "'><arg type='s' direction='in'/></method></interface></node>";
-    auto* node = g_dbus_node_info_new_for_xml(description.c_str(), nullptr);
-    const guint object = g_dbus_connection_register_object(connection_, path.c_str(), node->interfaces[0],
-                                                           &kCalls, new TextHandler(std::move(handler)),
-                                                           &destroyHandler<TextHandler>, nullptr);
-    g_dbus_node_info_unref(node);
-    return BusToken(
-        [connection = connection_, object] { g_dbus_connection_unregister_object(connection, object); });
-}
-
-std::string BusConnection::uniqueName() const {
+std::string BusConnection::ownName() const {
     const char* name = g_dbus_connection_get_unique_name(connection_);
     return name != nullptr ? name : "";
+}
+
+BusToken BusConnection::receive(const std::string& path, const std::string& interface,
+                                const std::string& method, Receiver receiver) {
+    const std::string description = "<node><interface name='" + interface + "'><method name='" + method +
+                                    "'><arg type='s' direction='in'/></method></interface></node>";
+    GDBusNodeInfo* node = g_dbus_node_info_new_for_xml(description.c_str(), nullptr);
+    static const GDBusInterfaceVTable table{&takeCall, nullptr, nullptr, {}};
+    const guint registration = g_dbus_connection_register_object(
+        connection_, path.c_str(), node->interfaces[0], &table, new Receiver(std::move(receiver)),
+        &destroyHandler<Receiver>, nullptr);
+    g_dbus_node_info_unref(node);
+    return BusToken([connection = connection_, registration] {
+        g_dbus_connection_unregister_object(connection, registration);
+    });
 }
 
 BusToken BusConnection::watchClosed(std::function<void()> handler) {

@@ -53,8 +53,6 @@ class BusConnection {
     /// The object that sent the signal and its values in a tuple.
     using Signal = std::function<void(const std::string& path, GVariant* values)>;
 
-    using TextHandler = std::function<void(const std::string& text)>;
-
     explicit BusConnection(GDBusConnection* connection);
     ~BusConnection();
     BusConnection(const BusConnection&) = delete;
@@ -62,14 +60,19 @@ class BusConnection {
 
     static constexpr int usualTimeoutMilliseconds = 5000;
 
-    /// Calls a method without starting its service. Takes `arguments` when floating; may be null, as may the
-    /// reply.
+    /// Calls a method without starting its service. Takes `arguments` when floating; may be null.
     void call(const BusObject& object, const char* method, GVariant* arguments, Reply reply,
               int timeoutMilliseconds = usualTimeoutMilliseconds);
     /// The same, and waits for the values of the reply, so long at the most. Null when the call failed or no
     /// answer came; `isLate` is then set in the latter case.
     Variant callNow(const BusObject& object, const char* method, GVariant* arguments, int timeoutMilliseconds,
                     bool& isLate);
+    /// This connection's own name on the bus.
+    std::string ownName() const;
+    /// Takes calls of one method with one text as its argument, and answers them with nothing.
+    using Receiver = std::function<void(const std::string& sender, const std::string& text)>;
+    [[nodiscard]] BusToken receive(const std::string& path, const std::string& interface,
+                                   const std::string& method, Receiver receiver);
     /// Asks for a property of type boolean; none when there is no such one.
     void getBoolean(const BusObject& object, const char* property,
                     std::function<void(std::optional<bool>)> reply);
@@ -79,12 +82,6 @@ class BusConnection {
     [[nodiscard]] BusToken subscribe(const BusObject& object, const char* signal, Signal handler);
     /// Tells, soon and then on every change, whether somebody owns the name.
     [[nodiscard]] BusToken watchName(const std::string& name, std::function<void(bool isOwned)> handler);
-    /// Offers an object with one method, which others call with one text and which answers nothing. The path
-    /// must be free.
-    [[nodiscard]] BusToken receive(const std::string& path, const std::string& interface, const char* method,
-                                   TextHandler handler);
-    /// What the bus calls this connection, and no other one ever.
-    std::string uniqueName() const;
     /// Tells when the bus went away.
     [[nodiscard]] BusToken watchClosed(std::function<void()> handler);
 

@@ -20,6 +20,7 @@ constexpr int kDeepest = 100;
 
 /// Discarded when it is no JSON.
 Json parsed(std::string_view json) {
+    if (json.empty()) return Json(Json::value_t::discarded);  // has perhaps no place in memory to read from
     // Titles are passed on as programs set them; one that is not UTF-8 must not spoil all the rest.
     const std::unique_ptr<char, decltype(&g_free)> valid(
         g_utf8_make_valid(json.data(), static_cast<gssize>(json.size())), g_free);

@@ -1,6 +1,8 @@
 #include "platform/linux/wayland/foreign_toplevel.h"
 
-#include "platform/linux/wayland/wayland_text.h"
+#include <glib.h>
+
+#include <memory>
 
 namespace orvane {
 
@@ -10,18 +12,23 @@ using Handle = zwlr_foreign_toplevel_handle_v1;
 
 ForeignToplevel& toplevelOf(void* self) { return *static_cast<ForeignToplevel*>(self); }
 
+std::string validText(const char* text) {
+    const std::unique_ptr<char, decltype(&g_free)> valid(g_utf8_make_valid(text, -1), g_free);
+    return valid.get();
+}
+
 }  // namespace
 
 const zwlr_foreign_toplevel_handle_v1_listener ForeignToplevel::kListener{
     .title =
         [](void* self, Handle*, const char* title) {
             auto& text = toplevelOf(self).pending_.title;
-            text = waylandText(title);
+            text = validText(title);
             if (text->empty()) text.reset();
         },
     .app_id =
         [](void* self, Handle*, const char* identifier) {
-            toplevelOf(self).pending_.applicationIdentifier = waylandText(identifier);
+            toplevelOf(self).pending_.applicationIdentifier = validText(identifier);
         },
     .output_enter = [](void*, Handle*, wl_output*) {},
     .output_leave = [](void*, Handle*, wl_output*) {},

@@ -38,7 +38,7 @@ class WaylandDisplay {
 
     /// A compositor has answered and its connection holds.
     bool answers() const { return isReady_; }
-    /// None listens, or the one that does has answered.
+    /// A compositor has answered, or none took the connection.
     bool isDecided() const { return isReady_ || !display_; }
     /// Where it listens; empty when none answers.
     std::string socketPath() const { return isReady_ ? socketPath_ : std::string(); }

@@ -29,6 +29,7 @@ class WaylandEventSource {
     std::function<void()> onReady_;
     GSource* source_;
     gpointer descriptor_;
+    bool isFull_ = false;
 };
 
 }  // namespace orvane

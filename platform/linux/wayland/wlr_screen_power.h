@@ -2,8 +2,11 @@
 
 #include <wayland-protocols/wlr-output-power-management-unstable-v1-client.h>
 
+#include <memory>
+#include <string>
+
 #include "foundation/internal.h"
-#include "platform/linux/wayland/wayland_screen_power.h"
+#include "platform/linux/wayland/output_power.h"
 
 namespace orvane {
 
@@ -13,21 +16,27 @@ struct WaylandRelease<zwlr_output_power_manager_v1> {
         zwlr_output_power_manager_v1_destroy(proxy);
     }
 };
+template <>
+struct WaylandRelease<zwlr_output_power_v1> {
+    void operator()(zwlr_output_power_v1* proxy) const { zwlr_output_power_v1_destroy(proxy); }
+};
 
 /// Screen power by wlr-output-power-management-v1.
-class WlrScreenPower : public WaylandScreenPower {
+class WlrScreenPower : public OutputPower {
   public:
-    explicit WlrScreenPower(WaylandDisplay& display);
+    explicit WlrScreenPower(WaylandDisplay& display)
+        : OutputPower(display, zwlr_output_power_manager_v1_interface) {}
 
     std::string name() const override { return "wlr-output-power-management"; }
 
   protected:
-    bool hasManager() const override { return manager_ != nullptr; }
-    void bindManager(WaylandDisplay& display, const WaylandGlobal& global) override;
-    void releaseManager() override { manager_.reset(); }
-    std::unique_ptr<WaylandOutputPower> watch(wl_output* output) override;
+    void bindManager(const WaylandGlobal& global) override;
+    void dropManager() override { manager_.reset(); }
+    std::unique_ptr<Watch> watch(wl_output* output, Handler handler) override;
 
   private:
+    struct Power;
+
     WaylandHandle<zwlr_output_power_manager_v1> manager_;
 };
 

@@ -1,7 +1,11 @@
 #include "platform/linux/x11/x11_connector.h"
 
+#include <glib.h>
+
 #include <condition_variable>
 #include <mutex>
+#include <system_error>
+#include <thread>
 #include <utility>
 
 namespace orvane {
@@ -29,26 +33,25 @@ void X11Connector::connect(Handler handler) {
     attempt_->display = display_;
     attempt_->handler = std::move(handler);
     attempt_->told = new std::shared_ptr<Attempt>(attempt_);
-    GTask* task = g_task_new(nullptr, nullptr, nullptr, nullptr);
-    g_task_set_task_data(task, new std::shared_ptr<Attempt>(attempt_), &X11Connector::release);
-    g_task_run_in_thread(task, &X11Connector::work);
-    g_object_unref(task);
-}
-
-void X11Connector::work(GTask*, gpointer, gpointer data, GCancellable*) {
-    const auto attempt = *static_cast<std::shared_ptr<Attempt>*>(data);
-    auto connection = X11Connection::open(attempt->display);
-    {
-        const std::lock_guard lock(attempt->mutex);
-        attempt->connection = std::move(connection);
-        attempt->hasEnded = true;
+    // A thread of its own rather than one of a pool: a server that hangs would take that away from the host.
+    try {
+        std::thread([attempt = attempt_] { end(*attempt, X11Connection::open(attempt->display)); }).detach();
+    } catch (const std::system_error&) {
+        end(*attempt_, nullptr);  // no thread to be had: as if no server answered
     }
-    attempt->ended.notify_all();
-    // Not the task's own callback: that one is tied to whichever context was current on the calling thread.
-    g_idle_add_full(G_PRIORITY_DEFAULT, &X11Connector::tell, attempt->told, &X11Connector::release);
 }
 
-gboolean X11Connector::tell(gpointer data) {
+void X11Connector::end(Attempt& attempt, std::unique_ptr<X11Connection> connection) {
+    {
+        const std::lock_guard lock(attempt.mutex);
+        attempt.connection = std::move(connection);
+        attempt.hasEnded = true;
+    }
+    attempt.ended.notify_all();
+    g_idle_add_full(G_PRIORITY_DEFAULT, &X11Connector::tell, attempt.told, &X11Connector::release);
+}
+
+int X11Connector::tell(void* data) {
     const auto attempt = *static_cast<std::shared_ptr<Attempt>*>(data);
     const auto handler = std::exchange(attempt->handler, nullptr);
     std::unique_ptr<X11Connection> connection;
@@ -60,7 +63,7 @@ gboolean X11Connector::tell(gpointer data) {
     return G_SOURCE_REMOVE;
 }
 
-void X11Connector::release(gpointer data) { delete static_cast<std::shared_ptr<Attempt>*>(data); }
+void X11Connector::release(void* data) { delete static_cast<std::shared_ptr<Attempt>*>(data); }
 
 bool X11Connector::wait(std::chrono::milliseconds limit, std::unique_ptr<X11Connection>& connection) {
     std::unique_lock lock(attempt_->mutex);

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <gio/gio.h>
-
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -34,9 +32,9 @@ class X11Connector {
   private:
     struct Attempt;
 
-    static void work(GTask* task, gpointer source, gpointer data, GCancellable* cancellable);
-    static gboolean tell(gpointer data);
-    static void release(gpointer data);
+    static void end(Attempt& attempt, std::unique_ptr<X11Connection> connection);
+    static int tell(void* data);
+    static void release(void* data);
 
     std::string display_;
     std::shared_ptr<Attempt> attempt_;

@@ -14,11 +14,6 @@ namespace {
 // "On all desktops", from the Extended Window Manager Hints.
 constexpr std::uint32_t kAllDesktops = 0xFFFFFFFF;
 
-constexpr int kBelowLayer = -1;
-constexpr int kFloatingLayer = 3;
-constexpr int kDockLayer = 20;
-constexpr int kMenuLayer = 24;
-
 struct TypeLayer {
     X11Atom type;
     int layer;
@@ -27,18 +22,18 @@ struct TypeLayer {
 constexpr std::array kTypeLayers{
     TypeLayer{X11Atom::netWmWindowTypeNormal, 0},
     TypeLayer{X11Atom::netWmWindowTypeDialog, 0},
-    TypeLayer{X11Atom::netWmWindowTypeDesktop, kBelowLayer},
-    TypeLayer{X11Atom::netWmWindowTypeUtility, kFloatingLayer},
-    TypeLayer{X11Atom::netWmWindowTypeToolbar, kFloatingLayer},
-    TypeLayer{X11Atom::netWmWindowTypeSplash, kFloatingLayer},
-    TypeLayer{X11Atom::netWmWindowTypeDock, kDockLayer},
-    TypeLayer{X11Atom::netWmWindowTypeMenu, kMenuLayer},
-    TypeLayer{X11Atom::netWmWindowTypeDropdownMenu, kMenuLayer},
-    TypeLayer{X11Atom::netWmWindowTypePopupMenu, kMenuLayer},
-    TypeLayer{X11Atom::netWmWindowTypeCombo, kMenuLayer},
-    TypeLayer{X11Atom::netWmWindowTypeDnd, kMenuLayer},
-    TypeLayer{X11Atom::netWmWindowTypeTooltip, kMenuLayer},
-    TypeLayer{X11Atom::netWmWindowTypeNotification, kMenuLayer},
+    TypeLayer{X11Atom::netWmWindowTypeDesktop, WindowLayer::below},
+    TypeLayer{X11Atom::netWmWindowTypeUtility, WindowLayer::floating},
+    TypeLayer{X11Atom::netWmWindowTypeToolbar, WindowLayer::floating},
+    TypeLayer{X11Atom::netWmWindowTypeSplash, WindowLayer::floating},
+    TypeLayer{X11Atom::netWmWindowTypeDock, WindowLayer::dock},
+    TypeLayer{X11Atom::netWmWindowTypeMenu, WindowLayer::menu},
+    TypeLayer{X11Atom::netWmWindowTypeDropdownMenu, WindowLayer::menu},
+    TypeLayer{X11Atom::netWmWindowTypePopupMenu, WindowLayer::menu},
+    TypeLayer{X11Atom::netWmWindowTypeCombo, WindowLayer::menu},
+    TypeLayer{X11Atom::netWmWindowTypeDnd, WindowLayer::menu},
+    TypeLayer{X11Atom::netWmWindowTypeTooltip, WindowLayer::menu},
+    TypeLayer{X11Atom::netWmWindowTypeNotification, WindowLayer::menu},
 };
 
 bool contains(const std::vector<std::uint32_t>& list, xcb_atom_t atom) {
@@ -138,8 +133,8 @@ int X11WindowQuery::layer(const std::vector<std::uint32_t>& types,
         if (known->layer != 0) return known->layer;
         break;
     }
-    if (contains(states, atoms[X11Atom::netWmStateAbove])) return kFloatingLayer;
-    if (contains(states, atoms[X11Atom::netWmStateBelow])) return kBelowLayer;
+    if (contains(states, atoms[X11Atom::netWmStateAbove])) return WindowLayer::floating;
+    if (contains(states, atoms[X11Atom::netWmStateBelow])) return WindowLayer::below;
     return 0;
 }
 

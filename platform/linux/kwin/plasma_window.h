@@ -9,7 +9,6 @@
 #include <string>
 
 #include "foundation/internal.h"
-#include "platform/linux/desktop_backend.h"
 #include "platform/linux/wayland/wayland_handle.h"
 
 namespace orvane {
@@ -19,20 +18,28 @@ struct WaylandRelease<org_kde_plasma_window> {
     void operator()(org_kde_plasma_window* proxy) const { org_kde_plasma_window_destroy(proxy); }
 };
 
-/// One window as KWin's plasma-window-management tells it.
+/// One window as KWin's window management tells it.
 class PlasmaWindow {
   public:
-    /// Takes the handle, which KWin has yet to describe. `number` is the window's for its life.
+    /// Takes the handle. `number` is the window's for its life.
     PlasmaWindow(org_kde_plasma_window* handle, std::int64_t number);
     PlasmaWindow(const PlasmaWindow&) = delete;
     PlasmaWindow& operator=(const PlasmaWindow&) = delete;
 
-    /// The first description is complete.
+    std::int64_t number() const { return number_; }
+    /// Whether it was described as a whole; until then the rest says nothing.
     bool isDescribed() const { return isDescribed_; }
-    bool isActive() const;
-    /// Described, not minimized, and not on other virtual desktops than the given one.
-    bool isOnScreen(const std::string& currentDesktop) const;
-    DesktopWindow describe() const;
+    const std::optional<std::string>& title() const { return title_; }
+    const std::string& applicationIdentifier() const { return applicationIdentifier_; }
+    /// 0 when unknown.
+    std::int32_t processIdentifier() const { return processIdentifier_; }
+    bool isActive() const { return has(ORG_KDE_PLASMA_WINDOW_MANAGEMENT_STATE_ACTIVE); }
+    bool isMinimized() const { return has(ORG_KDE_PLASMA_WINDOW_MANAGEMENT_STATE_MINIMIZED); }
+    int layer() const;
+    /// Of one that is on all virtual desktops, any.
+    bool isOnDesktop(const std::string& desktop) const {
+        return desktops_.empty() || desktops_.contains(desktop);
+    }
 
     /// Set by the owner.
     std::function<void()> onChanged;
@@ -41,21 +48,17 @@ class PlasmaWindow {
 
   private:
     bool has(std::uint32_t state) const { return (states_ & state) != 0; }
-    int layer() const;
-    /// Before the description is complete nobody needs to know.
-    void changed() const;
+    void changed();
 
     static const org_kde_plasma_window_listener kListener;
 
     WaylandHandle<org_kde_plasma_window> handle_;
     const std::int64_t number_;
     bool isDescribed_ = false;
-    std::string title_;
+    std::optional<std::string> title_;
     std::string applicationIdentifier_;
     std::int32_t processIdentifier_ = 0;
-    /// Bits of the protocol's enumeration "state".
     std::uint32_t states_ = 0;
-    /// Empty for a window that is on all of them.
     std::set<std::string> desktops_;
 };
 

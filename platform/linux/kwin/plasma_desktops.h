@@ -4,7 +4,6 @@
 
 #include <functional>
 #include <map>
-#include <memory>
 #include <string>
 
 #include "foundation/internal.h"
@@ -25,44 +24,39 @@ struct WaylandRelease<org_kde_plasma_virtual_desktop> {
     }
 };
 
-/// Which virtual desktop of KWin is shown. Main thread only.
-class PlasmaDesktops : public WaylandListener {
+/// Which of KWin's virtual desktops is on the screen. Main thread only.
+class PlasmaDesktops final : public WaylandListener {
   public:
     /// Adds itself to the display, which must be started later and be destroyed first or be disconnected
     /// before this is destroyed.
     explicit PlasmaDesktops(WaylandDisplay& display);
-    virtual ~PlasmaDesktops() = default;
-    PlasmaDesktops(const PlasmaDesktops&) = delete;
-    PlasmaDesktops& operator=(const PlasmaDesktops&) = delete;
 
-    /// Empty while it is not known.
+    /// Its identifier; empty while none is known.
     const std::string& current() const { return current_; }
 
-    /// Set by the owner. Another desktop is shown.
+    /// Called after `current` has changed.
     std::function<void()> onChanged;
 
     void globalAdded(const WaylandGlobal& global) override;
     void globalRemoved(std::uint32_t name) override;
-    void compositorLost() override { drop(); }
+    void compositorLost() override;
 
   private:
-    /// Tells its identifier to whom it belongs.
-    struct Desktop {
-        PlasmaDesktops* owner = nullptr;
-        std::string identifier;
-        WaylandHandle<org_kde_plasma_virtual_desktop> handle;
-    };
+    using Management = org_kde_plasma_virtual_desktop_management;
+    using Desktop = org_kde_plasma_virtual_desktop;
 
-    void created(const char* identifier);
-    void drop();
+    void added(const char* identifier);
+    void setCurrent(const std::string& identifier);
+    static void activated(void* self, Desktop* desktop);
 
-    static const org_kde_plasma_virtual_desktop_management_listener kListener;
+    static const org_kde_plasma_virtual_desktop_management_listener kManagementListener;
     static const org_kde_plasma_virtual_desktop_listener kDesktopListener;
 
     WaylandDisplay& display_;
-    WaylandHandle<org_kde_plasma_virtual_desktop_management> management_;
+    WaylandHandle<Management> management_;
     std::uint32_t managementName_ = 0;
-    std::map<std::string, std::unique_ptr<Desktop>> desktops_;
+    /// By their identifiers.
+    std::map<std::string, WaylandHandle<Desktop>> desktops_;
     std::string current_;
 };
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
@@ -8,9 +7,9 @@
 
 #include "foundation/internal.h"
 #include "platform/linux/desktop_backend.h"
+#include "platform/linux/kwin/plasma_desktops.h"
+#include "platform/linux/kwin/plasma_window.h"
 #include "platform/linux/main_loop_timer.h"
-#include "platform/linux/wayland/plasma_desktops.h"
-#include "platform/linux/wayland/plasma_window.h"
 #include "platform/linux/wayland/wayland_display.h"
 
 namespace orvane {
@@ -22,20 +21,17 @@ struct WaylandRelease<org_kde_plasma_window_management> {
     }
 };
 
-/// Windows of KWin by plasma-window-management: those on the virtual desktop that is shown, in their stacking
-/// order. KWin offers it only to programs that have permission, see KWinPermission.
-class PlasmaWindowBackend : public DesktopBackend, public WaylandListener {
+/// Windows of KWin by its own Wayland protocol. KWin offers it only to programs whose desktop entry asks for
+/// it (X-KDE-Wayland-Interfaces). Main thread only.
+class PlasmaBackend : public DesktopBackend, public WaylandListener {
   public:
     /// Adds itself to the display, which must be started later and be destroyed first or be disconnected
     /// before this is destroyed.
-    explicit PlasmaWindowBackend(WaylandDisplay& display);
+    explicit PlasmaBackend(WaylandDisplay& display);
 
-    /// Whether this is what the backend can use.
-    static bool isUsable(const WaylandGlobal& global);
-
-    std::string name() const override { return "KWin (plasma-window-management)"; }
-    bool isAvailable() const override { return display_.answers() && management_; }
-    bool isDecided() const override;
+    std::string name() const override { return "KWin (window management)"; }
+    bool isAvailable() const override { return display_.answers() && manager_; }
+    bool isDecided() const override { return display_.isDecided(); }
     std::optional<DesktopWindow> activeWindow() override;
     std::vector<DesktopWindow> windows() override;
 
@@ -45,11 +41,14 @@ class PlasmaWindowBackend : public DesktopBackend, public WaylandListener {
     void compositorLost() override { drop(); }
 
   private:
-    void added(const char* identifier);
-    void setStacking(const std::string& identifiers);
+    using Manager = org_kde_plasma_window_management;
+
+    void added(const std::string& identifier);
+    void setOrder(const char* identifiers);
     void drop();
     bool isOnScreen(const PlasmaWindow& window) const;
     const PlasmaWindow* active() const;
+    static DesktopWindow describe(const PlasmaWindow& window);
     void noticeSoon();
     void tell();
 
@@ -57,15 +56,14 @@ class PlasmaWindowBackend : public DesktopBackend, public WaylandListener {
 
     WaylandDisplay& display_;
     PlasmaDesktops desktops_;
-    WaylandHandle<org_kde_plasma_window_management> management_;
-    std::uint32_t managementName_ = 0;
+    WaylandHandle<Manager> manager_;
+    std::uint32_t managerName_ = 0;
     std::int64_t lastNumber_ = 0;
-    /// By KWin's identifier.
+    /// By KWin's identifiers.
     std::map<std::string, std::unique_ptr<PlasmaWindow>> windows_;
-    /// Front to back; may name windows that are gone.
-    std::vector<std::string> stacking_;
-    /// The user has put all windows aside.
-    bool isDesktopShown_ = false;
+    /// Identifiers, from the bottom to the top; also of windows that are not told.
+    std::vector<std::string> order_;
+    bool isShowingDesktop_ = false;
     bool toldAvailable_ = false;
     std::int64_t toldActive_ = 0;
     MainLoopTimer noticeTimer_;

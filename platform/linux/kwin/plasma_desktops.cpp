@@ -1,0 +1,65 @@
+#include "platform/linux/kwin/plasma_desktops.h"
+
+namespace orvane {
+
+const org_kde_plasma_virtual_desktop_management_listener PlasmaDesktops::kManagementListener{
+    .desktop_created = [](void* self, Management*, const char* identifier,
+                          std::uint32_t) { static_cast<PlasmaDesktops*>(self)->added(identifier); },
+    .desktop_removed =
+        [](void* self, Management*, const char* identifier) {
+            static_cast<PlasmaDesktops*>(self)->desktops_.erase(identifier);
+        },
+    .done = [](void*, Management*) {},
+    .rows = [](void*, Management*, std::uint32_t) {},
+};
+
+const org_kde_plasma_virtual_desktop_listener PlasmaDesktops::kDesktopListener{
+    .desktop_id = [](void*, Desktop*, const char*) {},
+    .name = [](void*, Desktop*, const char*) {},
+    .activated = &PlasmaDesktops::activated,
+    .deactivated = [](void*, Desktop*) {},
+    .done = [](void*, Desktop*) {},
+    .removed = [](void*, Desktop*) {},
+};
+
+PlasmaDesktops::PlasmaDesktops(WaylandDisplay& display) : display_(display) { display.add(*this); }
+
+void PlasmaDesktops::globalAdded(const WaylandGlobal& global) {
+    if (management_ || global.interface != org_kde_plasma_virtual_desktop_management_interface.name) return;
+    management_.reset(
+        display_.bind<Management>(global, org_kde_plasma_virtual_desktop_management_interface, 2));
+    managementName_ = global.name;
+    org_kde_plasma_virtual_desktop_management_add_listener(management_.get(), &kManagementListener, this);
+}
+
+void PlasmaDesktops::globalRemoved(std::uint32_t name) {
+    if (management_ && name == managementName_) compositorLost();
+}
+
+void PlasmaDesktops::compositorLost() {
+    desktops_.clear();
+    management_.reset();
+    setCurrent({});
+}
+
+void PlasmaDesktops::added(const char* identifier) {
+    auto& desktop = desktops_[identifier];
+    desktop.reset(
+        org_kde_plasma_virtual_desktop_management_get_virtual_desktop(management_.get(), identifier));
+    org_kde_plasma_virtual_desktop_add_listener(desktop.get(), &kDesktopListener, this);
+}
+
+void PlasmaDesktops::activated(void* self, Desktop* desktop) {
+    auto& desktops = *static_cast<PlasmaDesktops*>(self);
+    for (const auto& [identifier, each] : desktops.desktops_) {
+        if (each.get() == desktop) desktops.setCurrent(identifier);
+    }
+}
+
+void PlasmaDesktops::setCurrent(const std::string& identifier) {
+    if (current_ == identifier) return;
+    current_ = identifier;
+    if (onChanged) onChanged();
+}
+
+}  // namespace orvane

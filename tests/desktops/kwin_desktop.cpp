@@ -1,0 +1,102 @@
+#include "tests/desktops/kwin_desktop.h"
+
+#include <fstream>
+#include <stdexcept>
+
+#include "platform/linux/kwin/kwin_permission.h"
+#include "tests/platform/main_loop_wait.h"
+
+namespace orvane {
+
+namespace fs = std::filesystem;
+
+KwinDesktop::KwinDesktop(bool hasPermission) : connection_(sessionBus().connect()) {
+    g_dbus_connection_set_exit_on_close(connection_, FALSE);
+    // The installed program carries a capability that not every container may grant; a copy has none.
+    fs::copy_file("/usr/bin/kwin_wayland", folder() / "kwin_wayland");
+    const KwinPermission permission;
+    const auto outcome =
+        hasPermission ? permission.grant(fs::canonical("/proc/self/exe")) : permission.withdraw();
+    if (!outcome.problem.empty()) throw std::runtime_error(outcome.problem);
+    fs::create_directories(permission.file().parent_path());
+    std::ofstream(permission.file().parent_path() / "orvane-kwin-input.desktop")
+        << "[Desktop Entry]\nType=Application\nName=Input\nNoDisplay=true\nExec=" << ORVANE_KWIN_INPUT
+        << "\nX-KDE-Wayland-Interfaces=org_kde_kwin_fake_input\n";
+}
+
+KwinDesktop::~KwinDesktop() {
+    KwinPermission().withdraw();
+    g_dbus_connection_close_sync(connection_, nullptr, nullptr);
+    g_object_unref(connection_);
+}
+
+void KwinDesktop::start() {
+    auto variables = environment();
+    // Of the test's own user, who can tell which programs ask.
+    const fs::path home = folder() / "kwin";
+    for (const char* name : {"HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME", "XDG_STATE_HOME"})
+        variables[name] = home.string();
+    fs::create_directories(home);
+    variables["KWIN_COMPOSE"] = "Q";
+    variables["QT_QPA_PLATFORM"] = "";
+    variables["WAYLAND_DISPLAY"] = "";
+    ChildProcess::run({"kbuildsycoca5"}, variables);
+    kwin_ = std::make_unique<ChildProcess>(
+        std::vector<std::string>{(folder() / "kwin_wayland").string(), "--virtual", "--width", "1280",
+                                 "--height", "800", "--socket", "wayland-kwin", "--no-lockscreen",
+                                 "--no-global-shortcuts"},
+        variables);
+    const fs::path socket = fs::path(runtimeFolder()) / "wayland-kwin";
+    const bool isReady = waitUntil(
+        [&] {
+            return fs::exists(socket) && call("/Scripting", "org.freedesktop.DBus.Peer", "Ping", nullptr);
+        },
+        60);
+    if (!isReady) throw std::runtime_error("kwin_wayland did not start");
+    fs::permissions(socket, fs::perms(0777));
+    setVariable("WAYLAND_DISPLAY", "wayland-kwin");
+    setForPrograms("GDK_BACKEND", "wayland");
+}
+
+bool KwinDesktop::call(const char* path, const char* interface, const char* method, GVariant* arguments) {
+    GVariant* reply =
+        g_dbus_connection_call_sync(connection_, "org.kde.KWin", path, interface, method, arguments, nullptr,
+                                    G_DBUS_CALL_FLAGS_NONE, 30000, nullptr, nullptr);
+    if (reply != nullptr) g_variant_unref(reply);
+    return reply != nullptr;
+}
+
+void KwinDesktop::run(const std::string& script) {
+    const auto name = "test-" + std::to_string(++scripts_);
+    const auto file = folder() / (name + ".js");
+    std::ofstream(file) << script;
+    constexpr const char* scripting = "org.kde.kwin.Scripting";
+    if (!call("/Scripting", scripting, "loadScript", g_variant_new("(ss)", file.c_str(), name.c_str())) ||
+        !call("/Scripting", scripting, "start", nullptr))
+        throw std::runtime_error("KWin did not run: " + script);
+}
+
+void KwinDesktop::activate(Window& window) {
+    // A program takes its window for shown a moment before KWin knows it.
+    run("function bring(client) {"
+        "    if (client.pid !== " +
+        std::to_string(window.program->identifier()) +
+        ") return;"
+        "    client.minimized = false;"
+        "    workspace.activeClient = client;"
+        "}"
+        "workspace.clientList().forEach(bring);"
+        "workspace.clientAdded.connect(bring);");
+}
+
+void KwinDesktop::showEmptyDesktop(bool show) {
+    run(std::string("if (workspace.desktops < 2) workspace.createDesktop(1, 'Empty');"
+                    "workspace.currentDesktop = ") +
+        (show ? "2;" : "1;"));
+}
+
+void KwinDesktop::touch() {
+    if (!ChildProcess::run({ORVANE_KWIN_INPUT})) throw std::runtime_error("KWin takes no input");
+}
+
+}  // namespace orvane
