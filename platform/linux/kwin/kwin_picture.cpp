@@ -52,7 +52,6 @@ std::optional<KwinPicture> KwinPictureReader::read(std::string_view report) {
         window.processIdentifier = std::max(number(each, "pid"), 0);
         window.layer = number(each, "layer");
         window.windowClass = text(each, "class");
-        window.windowInstance = text(each, "name");
         if (auto title = text(each, "title"); !title.empty()) window.title = std::move(title);
         if (isTrue(each, "active")) picture.active = window;
         if (isTrue(each, "shown")) picture.windows.push_back(std::move(window));

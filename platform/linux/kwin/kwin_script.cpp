@@ -46,13 +46,13 @@ function layerOf(window) {
     return window.keepBelow ? layers.below : layers.normal;
 }
 
+// The resource name is left out: of a Wayland window that is its program, which may be a mere interpreter.
 function describe(window) {
     const active = workspace.windowList ? workspace.activeWindow : workspace.activeClient;
     return {
         id: String(window.internalId),
         pid: window.pid,
         class: String(window.desktopFileName || window.resourceClass),
-        name: String(window.resourceName),
         title: window.caption,
         layer: layerOf(window),
         active: window === active,
