@@ -45,4 +45,7 @@ if(TARGET orvane_host)
     # A service manager looks for programs in its own folders only.
     configure_file(packaging/orvane.service.in "${PROJECT_BINARY_DIR}/orvane.service" @ONLY)
     install(FILES "${PROJECT_BINARY_DIR}/orvane.service" DESTINATION lib/systemd/user)
+    # KWin tells its windows only to programs with such an entry.
+    configure_file(packaging/orvane.desktop.in "${PROJECT_BINARY_DIR}/orvane.desktop" @ONLY)
+    install(FILES "${PROJECT_BINARY_DIR}/orvane.desktop" DESTINATION "${CMAKE_INSTALL_DATADIR}/applications")
 endif()

@@ -30,6 +30,8 @@ int runDisableApp(const std::string& identifier, bool disabled, const CommonOpti
 int runDoctor(const CommonOptions& options);
 /// Installs what the library needs to see GNOME's windows, or removes it again, and tells each step.
 int runSetupGnome(bool remove);
+/// Lets KWin tell this program its windows, or no longer, and tells each step.
+int runSetupKwin(bool remove);
 
 struct ReportOptions {
     CommonOptions common;

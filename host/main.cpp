@@ -237,6 +237,8 @@ class CommandLine {
         setup->require_subcommand(1);
         addDesktop(setup, "gnome", "Install and switch on an extension of GNOME Shell",
                    &orvane::host::runSetupGnome);
+        addDesktop(setup, "kwin", "Write a desktop entry that lets KWin tell this program its windows",
+                   &orvane::host::runSetupKwin);
     }
 
     void addDesktop(CLI::App* setup, const char* name, const char* description, int (*run)(bool remove)) {

@@ -1,9 +1,13 @@
 #include "host/command.h"
 
+#include <filesystem>
 #include <iostream>
+#include <system_error>
 
+#include "host/answer.h"
 #include "platform/linux/gnome/gnome_extension.h"
 #include "platform/linux/gnome/gnome_shell.h"
+#include "platform/linux/kwin/kwin_permission.h"
 
 namespace orvane::host {
 
@@ -13,10 +17,7 @@ using ExtensionState = GnomeShell::ExtensionState;
 
 constexpr const char* kExtension = GnomeExtension::identifier;
 
-int fail(const std::string& problem) {
-    std::cerr << "orvane: " << problem << ".\n";
-    return exitFailure;
-}
+int fail(const std::string& problem) { return host::fail(problem + ".", exitFailure); }
 
 /// What is left for the user, now that the files are in place and the extension is switched on.
 int tellWhatRemains(GnomeShell& shell, bool filesChanged) {
@@ -60,23 +61,52 @@ int installForGnome() {
 
 int removeFromGnome() {
     GnomeShell shell;
-    const bool wasKnown = shell.switchExtension(kExtension, false);
+    // A shell remembers until its end an extension that was removed.
+    const bool wasRunning = shell.state(kExtension) == GnomeShell::ExtensionState::running;
+    shell.switchExtension(kExtension, false);
     bool wasEntered = false;
     const auto problem = shell.setInSettings(kExtension, false, wasEntered);
     if (!problem.empty() && shell.version()) return fail("the extension cannot be switched off: " + problem);
     const GnomeExtension extension;
     const auto files = extension.remove();
     if (!files.problem.empty()) return fail(files.problem);
-    if (!files.isChanged && !wasEntered && !wasKnown) {
+    if (!files.isChanged && !wasEntered && !wasRunning) {
         std::cout << "There is no extension of Orvane's to remove.\n";
         return exitSuccess;
     }
-    if (wasKnown || wasEntered) std::cout << "Switched the extension off: " << kExtension << '\n';
+    if (wasRunning || wasEntered) std::cout << "Switched the extension off: " << kExtension << '\n';
     if (files.isChanged) std::cout << "Removed " << extension.folder().string() << '\n';
     return exitSuccess;
 }
 
+int permitOnKwin() {
+    std::error_code error;
+    const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
+    if (error) return fail("this program's own file cannot be found: " + error.message());
+    const KwinPermission permission;
+    const auto outcome = permission.grant(program);
+    if (!outcome.problem.empty()) return fail(outcome.problem);
+    std::cout << (outcome.isChanged ? "Wrote " : "In place already: ") << permission.file().string()
+              << "\nIt lets KWin tell " << program.string()
+              << " its windows: title, application and process.\n"
+                 "Start the tracker again to use it. To undo this: orvane setup kwin --remove\n";
+    return exitSuccess;
+}
+
+int forbidOnKwin() {
+    const KwinPermission permission;
+    const auto outcome = permission.withdraw();
+    if (!outcome.problem.empty()) return fail(outcome.problem);
+    if (outcome.isChanged)
+        std::cout << "Removed " << permission.file().string() << '\n';
+    else
+        std::cout << "There is no permission of Orvane's to remove.\n";
+    return exitSuccess;
+}
+
 }  // namespace
+
+int runSetupKwin(bool remove) { return remove ? forbidOnKwin() : permitOnKwin(); }
 
 int runSetupGnome(bool remove) { return remove ? removeFromGnome() : installForGnome(); }
 

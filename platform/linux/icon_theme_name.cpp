@@ -1,12 +1,14 @@
 #include "platform/linux/icon_theme_name.h"
 
-#include <gio/gio.h>
+#include <glib.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <string_view>
 
+#include "platform/linux/helper_program.h"
 #include "platform/linux/xdg_folders.h"
 
 namespace orvane {
@@ -21,22 +23,15 @@ std::string keyFileText(const std::filesystem::path& file, const char* group, co
     return text ? text.get() : std::string();
 }
 
+/// GSettings ties its process to the session's bus, and GIO ends the process when that bus ends; hence it is
+/// another program's that reads it.
 std::string desktopSetting() {
-    // A schema that is missing would end the process, hence the look at the source first.
-    GSettingsSchemaSource* source = g_settings_schema_source_get_default();
-    GSettingsSchema* schema =
-        source ? g_settings_schema_source_lookup(source, "org.gnome.desktop.interface", TRUE) : nullptr;
-    if (!schema) return {};
-    std::string name;
-    if (g_settings_schema_has_key(schema, "icon-theme")) {
-        GSettings* settings = g_settings_new_full(schema, nullptr, nullptr);
-        char* text = g_settings_get_string(settings, "icon-theme");
-        name = text;
-        g_free(text);
-        g_object_unref(settings);
-    }
-    g_settings_schema_unref(schema);
-    return name;
+    const auto program = helperProgram("orvane-draw-icon");
+    if (!program) return {};
+    constexpr std::chrono::milliseconds longest(1000);
+    constexpr std::size_t mostBytes = 1000;
+    const auto name = outputOfProgram({program->string(), "--theme"}, mostBytes, longest);
+    return name ? std::string(name->begin(), name->end()) : std::string();
 }
 
 }  // namespace

@@ -78,8 +78,6 @@ TestDesktop::TestDesktop() {
     setVariable("XDG_RUNTIME_DIR", runtimeFolder());
     setVariable("DBUS_SESSION_BUS_ADDRESS", sessionBus_->address());
     setVariable("DBUS_SYSTEM_BUS_ADDRESS", systemBus_->address());
-    // The usual one would tie this process to the private bus, and end it together with that.
-    setVariable("GSETTINGS_BACKEND", "memory");
     const auto home = (folder_ / "home").string();
     environment_.insert({{"HOME", home},
                          {"TMPDIR", "/tmp"},
@@ -87,6 +85,7 @@ TestDesktop::TestDesktop() {
                          {"XDG_CONFIG_HOME", home + "/config"},
                          {"XDG_CACHE_HOME", home + "/cache"},
                          {"XDG_STATE_HOME", home + "/state"},
+                         {"GSETTINGS_BACKEND", "memory"},
                          {"NO_AT_BRIDGE", "1"}});
 }
 

@@ -27,4 +27,24 @@ inline void runWhatIsDue() {
     }
 }
 
+/// Whether GLib's default main context soon falls asleep, for a tenth of a second or longer unless something
+/// comes. It does not where something wakes it again and again, also when then nothing is done.
+inline bool comesToRest() {
+    static GPollFunc realPoll;
+    static bool isAtRest;
+    constexpr int mostWakeUps = 1000;
+    constexpr gint restMilliseconds = 100;
+    realPoll = g_main_context_get_poll_func(nullptr);
+    isAtRest = false;
+    g_main_context_set_poll_func(nullptr, [](GPollFD* descriptors, guint count, gint timeout) {
+        const gint ready = realPoll(descriptors, count, 0);
+        if (ready != 0) return ready;
+        isAtRest = timeout < 0 || timeout >= restMilliseconds;
+        return isAtRest ? 0 : realPoll(descriptors, count, timeout);
+    });
+    for (int i = 0; i < mostWakeUps && !isAtRest; ++i) g_main_context_iteration(nullptr, TRUE);
+    g_main_context_set_poll_func(nullptr, realPoll);
+    return isAtRest;
+}
+
 }  // namespace orvane

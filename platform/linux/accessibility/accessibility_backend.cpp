@@ -11,6 +11,9 @@ namespace {
 // Tells a desktop of Mutter's kind from all others.
 constexpr const char* kMutter = "org.gnome.Mutter.IdleMonitor";
 
+constexpr const char* kShell = "org.gnome.Shell";
+constexpr const char* kShellPath = "/org/gnome/Shell";
+
 // Events come in bursts: a window loses the focus before another one gets it.
 constexpr unsigned kEventMilliseconds = 50;
 // A question finds windows that are older than this, and has them looked for anew.
@@ -52,8 +55,12 @@ void AccessibilityBackend::sessionBusChanged(BusConnection* bus) {
     isMutterDecided_ = false;
     if (bus != nullptr) {
         mutterWatch_ = bus->watchName(kMutter, [this](bool isOwned) { mutterOwned(isOwned); });
+        shellProperties_ =
+            bus->subscribe({kShell, kShellPath, atspi::propertiesInterface}, "PropertiesChanged",
+                           [this](const std::string&, GVariant*) { askForOverview(); });
     } else {
         mutterWatch_ = {};
+        shellProperties_ = {};
         mutterOwned(false);
     }
 }
@@ -62,7 +69,9 @@ void AccessibilityBackend::mutterOwned(bool isOwned) {
     ++mutterOwner_;
     mutterProcess_ = 0;
     isMutterDecided_ = !isOwned;
+    isOverviewShown_ = false;
     if (!isOwned) return end();
+    askForOverview();
     session_->call(atspi::busItself(), "GetConnectionUnixProcessID", g_variant_new("(s)", kMutter),
                    [this, owner = mutterOwner_](GVariant* values, GUnixFDList*) {
                        if (owner != mutterOwner_) return;
@@ -70,6 +79,15 @@ void AccessibilityBackend::mutterOwned(bool isOwned) {
                        mutterProcess_ = atspi::processIn(values).value_or(0);
                        begin();
                    });
+}
+
+void AccessibilityBackend::askForOverview() {
+    session_->getBoolean({kShell, kShellPath, kShell}, "OverviewActive",
+                         [this, owner = mutterOwner_](std::optional<bool> isShown) {
+                             if (owner != mutterOwner_) return;
+                             isOverviewShown_ = isShown.value_or(false);
+                             tell();
+                         });
 }
 
 void AccessibilityBackend::accessibilityBusChanged(BusConnection* bus) {
@@ -180,13 +198,15 @@ void AccessibilityBackend::looked(std::optional<std::vector<AtspiWindow>> found)
     tell();
 }
 
+std::int64_t AccessibilityBackend::active() const { return isOverviewShown_ ? 0 : active_; }
+
 std::int64_t AccessibilityBackend::numberOf(const atspi::Object& object) {
     const auto known = numbers_.find(object);
     return known != numbers_.end() ? known->second : ++lastNumber_;
 }
 
 void AccessibilityBackend::tell() {
-    const bool isOther = std::exchange(toldActive_, active_) != active_;
+    const bool isOther = std::exchange(toldActive_, active()) != active();
     if (std::exchange(toldAvailable_, isAvailable_) != isAvailable_ && onAvailabilityChanged) {
         onAvailabilityChanged(isAvailable_);
     }
@@ -196,7 +216,7 @@ void AccessibilityBackend::tell() {
 std::optional<DesktopWindow> AccessibilityBackend::activeWindow() {
     const auto now = windows();
     const auto found =
-        std::find_if(now.begin(), now.end(), [this](const auto& window) { return window.number == active_; });
+        std::find_if(now.begin(), now.end(), [this](const auto& window) { return window.number == active(); });
     return found != now.end() ? std::optional(*found) : std::nullopt;
 }
 

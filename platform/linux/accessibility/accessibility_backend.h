@@ -47,6 +47,7 @@ class AccessibilityBackend : public DesktopBackend {
     void sessionBusChanged(BusConnection* bus);
     void accessibilityBusChanged(BusConnection* bus);
     void mutterOwned(bool isOwned);
+    void askForOverview();
     void begin();
     void end();
     void registryOwned(bool isOwned);
@@ -56,6 +57,8 @@ class AccessibilityBackend : public DesktopBackend {
     void lookAgain();
     void looked(std::optional<std::vector<AtspiWindow>> found);
     void tell();
+    /// The window that keys go to.
+    std::int64_t active() const;
     std::int64_t numberOf(const atspi::Object& object);
 
     SharedBus& sessionBus_;
@@ -65,6 +68,7 @@ class AccessibilityBackend : public DesktopBackend {
     BusConnection* session_ = nullptr;
     BusConnection* bus_ = nullptr;
     BusToken mutterWatch_;
+    BusToken shellProperties_;
     BusToken registryWatch_;
     BusToken windowEvents_;
     /// Whether the session's bus has said so much.
@@ -72,6 +76,8 @@ class AccessibilityBackend : public DesktopBackend {
     /// The compositor, which is an application of its own here; 0 while there is none of its kind.
     std::int32_t mutterProcess_ = 0;
     unsigned mutterOwner_ = 0;
+    /// Behind the shell's overview an application still believes that its window is the active one.
+    bool isOverviewShown_ = false;
 
     std::shared_ptr<AtspiWalk> walk_;
     bool isOutdated_ = false;

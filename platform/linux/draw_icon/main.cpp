@@ -1,17 +1,39 @@
 // Draws one image file for the library, in a process of its own: the libraries that read all the formats take
-// several times the memory of everything else, and never give it back.
+// several times the memory of everything else, and never give it back. What else must not happen in the
+// host's process is done here too.
 //   orvane-draw-icon SIZE FILE
 // Writes SIZE x SIZE pixels of four bytes (red, green, blue, alpha) to standard output, row by row from the
 // top left. Nothing, and exit status 1, when the file cannot be read.
+//   orvane-draw-icon --theme
+// Writes the name of the icon theme in the settings of the desktop's interface; nothing when there is none.
 
 #include <gdk-pixbuf/gdk-pixbuf.h>
+#include <gio/gio.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <string_view>
 #include <vector>
 
+namespace {
+
+int writeThemeName() {
+    // A schema that is missing would end the process, hence the look at the source first.
+    GSettingsSchemaSource* source = g_settings_schema_source_get_default();
+    GSettingsSchema* schema =
+        source ? g_settings_schema_source_lookup(source, "org.gnome.desktop.interface", TRUE) : nullptr;
+    if (!schema || !g_settings_schema_has_key(schema, "icon-theme")) return 0;
+    GSettings* settings = g_settings_new_full(schema, nullptr, nullptr);
+    return std::fputs(g_settings_get_string(settings, "icon-theme"), stdout) >= 0 && std::fflush(stdout) == 0
+               ? 0
+               : 1;
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
+    if (argc == 2 && std::string_view(argv[1]) == "--theme") return writeThemeName();
     constexpr int largestSize = 1024;
     const int size = argc == 3 ? std::atoi(argv[1]) : 0;
     if (size < 1 || size > largestSize) return 2;

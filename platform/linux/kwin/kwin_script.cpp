@@ -52,7 +52,8 @@ function describe(window) {
     return {
         id: String(window.internalId),
         pid: window.pid,
-        class: String(window.desktopFileName || window.resourceClass),
+        // Byte arrays, which count as true even when they are empty.
+        class: String(window.desktopFileName) || String(window.resourceClass),
         title: window.caption,
         layer: layerOf(window),
         active: window === active,

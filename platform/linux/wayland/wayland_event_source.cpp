@@ -42,11 +42,9 @@ gboolean WaylandEventSource::prepare(GSource* source, gint* timeout) {
     *timeout = -1;
     // A compositor that does not read is waited for; any other failure is seen when reading.
     const bool isFull = wl_display_flush(self->display_) < 0 && errno == EAGAIN;
-    // Only when it changes: each call wakes the main loop up once more.
-    if (isFull != self->isFull_) {
-        self->isFull_ = isFull;
+    // Each change wakes the context, so that it would never sleep.
+    if (std::exchange(self->waitsForRoom_, isFull) != isFull)
         g_source_modify_unix_fd(source, self->descriptor_, isFull ? kBoth : kInput);
-    }
     return FALSE;
 }
 

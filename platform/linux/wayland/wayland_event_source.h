@@ -29,7 +29,8 @@ class WaylandEventSource {
     std::function<void()> onReady_;
     GSource* source_;
     gpointer descriptor_;
-    bool isFull_ = false;
+    /// The compositor has not read what was sent before.
+    bool waitsForRoom_ = false;
 };
 
 }  // namespace orvane

@@ -22,11 +22,20 @@ class PrivateAccessibility {
 
     /// For the environment variable AT_SPI_BUS_ADDRESS of programs.
     const std::string& address() const { return bus_.address(); }
+    /// A connection of the test's own to it. The caller releases it.
+    GDBusConnection* connect() { return bus_.connect(); }
+    /// The registry of applications.
+    ChildProcess& registry() { return *registry_; }
+    /// Whether anybody has tried to turn accessibility on or off for the user.
+    bool wasSwitched() const { return wasSwitched_; }
 
   private:
+    void waitForRegistry();
+
     PrivateBus bus_;
     std::unique_ptr<ChildProcess> registry_;
     GDBusConnection* session_;
+    bool wasSwitched_ = false;
 };
 
 }  // namespace orvane

@@ -125,6 +125,8 @@ TEST_F(GnomeShellTest, AccessibilityTellsWindowsWithoutTheExtension) {
     }
     auto desktop = std::make_unique<GnomeDesktop>(false);
     auto offered = desktop->offerAccessibility();
+    // Known to the shell, but switched off.
+    ASSERT_EQ(GnomeExtension().install(GnomeDesktop::installedVersion()).problem, "");
     start(std::move(desktop));
     auto& notes = desktop_->open("notes", "Shopping");
     EXPECT_TRUE(windowsBecome({"[Shopping]"}));
@@ -147,6 +149,20 @@ TEST_F(GnomeShellTest, AccessibilityTellsWindowsWithoutTheExtension) {
     EXPECT_TRUE(windowsBecome({"[Shopping list]", "Inbox"}));
     desktop_->close(notes);
     EXPECT_TRUE(windowsBecome({"[Inbox]"}));
+    desktop_->showEmptyDesktop(true);
+    EXPECT_TRUE(windowsBecome({"Inbox"}));
+    desktop_->showEmptyDesktop(false);
+    EXPECT_TRUE(windowsBecome({"[Inbox]"}));
+
+    // The extension is preferred from the moment on which it runs.
+    for (const auto& [change, name] : {std::pair("enable", "GNOME Shell (extension)"),
+                                       std::pair("disable", "accessibility (AT-SPI)")}) {
+        desktop_->evaluate(std::string("Main.extensionManager.") + change +
+                           "Extension('windows@orvane')");
+        EXPECT_TRUE(waitUntil([&] { return platform_->desktop().name() == name; }, kLongestWait)) << name;
+        EXPECT_TRUE(windowsBecome({"[Inbox]"}));
+    }
+    EXPECT_FALSE(offered->wasSwitched());
     offered.reset();
     EXPECT_TRUE(waitUntil([this] { return !platform_->desktop().isAvailable(); }, kLongestWait));
 }

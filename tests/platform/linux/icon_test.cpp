@@ -6,6 +6,8 @@
 #include "desktop_fixture.h"
 #include "platform/linux/icon_image.h"
 #include "platform/linux/icon_theme.h"
+#include "platform/linux/icon_theme_name.h"
+#include "tests/platform/session/private_bus.h"
 
 namespace orvane::testing {
 namespace {
@@ -105,6 +107,36 @@ TEST_F(IconTest, DrawsIntoASquare) {
     writeFile(high_ / "broken.png", "no image");
     EXPECT_TRUE(drawImageFile(high_ / "broken.png", 32).pixels.empty());
     EXPECT_TRUE(fileIcon("/absent", IconTheme("Test", {high_, low_})).pixels.empty());
+}
+
+TEST_F(IconTest, ThemeSettingIsReadWithoutTyingTheHostToTheBus) {
+    char* compiler = g_find_program_in_path("glib-compile-schemas");
+    if (compiler == nullptr) GTEST_SKIP() << "left out: glib-compile-schemas is not installed";
+    const std::string compile = compiler;
+    g_free(compiler);
+    const auto schemas = freshFolder("schemas");
+    writeFile(schemas / "interface.gschema.xml",
+              "<schemalist><schema id='org.gnome.desktop.interface' path='/org/gnome/desktop/interface/'>"
+              "<key name='icon-theme' type='s'><default>'Chosen'</default></key></schema></schemalist>");
+    ASSERT_TRUE(ChildProcess::run({compile, schemas.string()}));
+    PrivateBus bus;
+    bus.start();
+    setenv("DBUS_SESSION_BUS_ADDRESS", bus.address().c_str(), 1);
+    setenv("GSETTINGS_SCHEMA_DIR", schemas.c_str(), 1);
+    setenv("XDG_CURRENT_DESKTOP", "GNOME", 1);
+    EXPECT_EQ(currentIconThemeName(), "Chosen");
+
+    // Who had GSettings' connection to it would be ended now.
+    GDBusConnection* own = bus.connect();
+    g_dbus_connection_set_exit_on_close(own, FALSE);
+    bus.kill();
+    EXPECT_TRUE(runUntil([own] { return g_dbus_connection_is_closed(own) != 0; }));
+    g_object_unref(own);
+    // GIO knows the type from its first use on.
+    EXPECT_EQ(g_type_from_name("GSettings"), 0U);
+    unsetenv("GSETTINGS_SCHEMA_DIR");
+    unsetenv("XDG_CURRENT_DESKTOP");
+    EXPECT_EQ(currentIconThemeName(), "Adwaita");
 }
 
 }  // namespace

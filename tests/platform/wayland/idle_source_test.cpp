@@ -75,6 +75,7 @@ TEST_F(IdleSourceTest, TheLastInputOnAnySeatCounts) {
     startCompositor(2);
     connect(false);
     EXPECT_EQ(seconds(), 0);
+    EXPECT_TRUE(comesToRest());
     compositor_->idle(0);
     // The rest began a time-out before it was told.
     EXPECT_TRUE(becomes(2, 60));
