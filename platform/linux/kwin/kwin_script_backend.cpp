@@ -136,16 +136,15 @@ void KwinScriptBackend::start() {
                });
 }
 
-std::string KwinScriptBackend::scriptName() const { return "orvane" + bus_->ownName(); }
-
 void KwinScriptBackend::load() {
-    file_ = writeScript(kwinScript(bus_->ownName(), scriptName()));
+    const auto name = scriptName(bus_->ownName());
+    file_ = writeScript(kwinScript(bus_->ownName(), name));
     if (file_.empty()) {
         giveUp();
         return;
     }
     isLoaded_ = true;
-    bus_->call(scripting(), "loadScript", g_variant_new("(ss)", file_.c_str(), scriptName().c_str()),
+    bus_->call(scripting(), "loadScript", g_variant_new("(ss)", file_.c_str(), name.c_str()),
                [this, attempt = attempt_](GVariant* values, GUnixFDList*) {
                    if (attempt == attempt_) loaded(values);
                });
@@ -171,7 +170,7 @@ void KwinScriptBackend::stop() {
     ++attempt_;
     bool isLate = false;
     if (bus_ != nullptr && isLoaded_)
-        bus_->callNow(scripting(), "unloadScript", g_variant_new("(s)", scriptName().c_str()),
+        bus_->callNow(scripting(), "unloadScript", g_variant_new("(s)", scriptName(bus_->ownName()).c_str()),
                       kUnloadMilliseconds, isLate);
     isLoaded_ = false;
     isStarted_ = false;

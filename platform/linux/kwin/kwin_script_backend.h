@@ -27,6 +27,9 @@ class KwinScriptBackend : public DesktopBackend, public BusUser, public WaylandL
     KwinScriptBackend(const KwinScriptBackend&) = delete;
     KwinScriptBackend& operator=(const KwinScriptBackend&) = delete;
 
+    /// What KWin calls the script that was loaded over the connection of that name.
+    static std::string scriptName(const std::string& connection) { return "orvane" + connection; }
+
     std::string name() const override { return "KWin (script)"; }
     bool isAvailable() const override { return picture_.has_value(); }
     bool isDecided() const override;
@@ -51,7 +54,6 @@ class KwinScriptBackend : public DesktopBackend, public BusUser, public WaylandL
     void loaded(GVariant* values);
     void unload();
     void giveUp();
-    std::string scriptName() const;
     void reported(const std::string& sender, const std::string& report);
     void removeFile();
     void tell();
