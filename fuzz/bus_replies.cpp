@@ -5,6 +5,9 @@
 #include <memory>
 
 #include "fuzz/common.h"
+#include "platform/linux/accessibility/atspi.h"
+#include "platform/linux/gnome/gnome_picture.h"
+#include "platform/linux/kwin/kwin_picture.h"
 #include "platform/linux/session/reply_values.h"
 
 namespace {
@@ -18,6 +21,12 @@ void readAll(GVariant* values) {
     sessionOfUser(values, 0);
     descriptorIndexIn(values);
     booleanPropertyIn(values);
+    GnomePicture::parse(values);
+    atspi::objectsIn(values);
+    atspi::processIn(values);
+    atspi::hasState(values, atspi::State::active);
+    atspi::roleIn(values);
+    atspi::textIn(values);
 }
 
 struct Unref {
@@ -29,6 +38,7 @@ struct Unref {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     readAll(nullptr);
+    KwinPictureReader().read(fuzz::textOf(data, size));
     // As the connection takes them off the wire.
     std::string bytes(fuzz::textOf(data, size));
     const std::unique_ptr<GDBusMessage, Unref> message(
