@@ -43,8 +43,8 @@ const org_kde_plasma_window_listener PlasmaWindow::kListener = [] {
     listener.themed_icon_name_changed = [](void*, Handle*, const char*) {};
     listener.unmapped = [](void* self, Handle*) {
         // Copied, since the call may destroy the window.
-        const auto onClosed = windowOf(self).onClosed;
-        if (onClosed) onClosed();
+        const auto handler = windowOf(self).onClosed;
+        if (handler) handler();
     };
     listener.initial_state = [](void* self, Handle*) {
         windowOf(self).isDescribed_ = true;
