@@ -169,7 +169,8 @@ int runTrack(const CommonOptions& options) {
     } else if (!platform.userDefaults().boolForKey(orvaneEnabledDefault)) {
         notes << "Tracking is switched off. `orvane enable` switches it on; this waits for it.\n";
     }
-    if (auto* linux = dynamic_cast<LinuxPlatform*>(&platform); linux && !linux->desktop().isAvailable())
+    auto* linux = dynamic_cast<LinuxPlatform*>(&platform);
+    if (linux != nullptr && linux->desktop().isDecided() && !linux->desktop().isAvailable())
         notes << "There is no display to track yet; this waits for it. `orvane doctor` tells more.\n";
     {
         Orvane& tracker = Orvane::sharedOrvane(options.store);

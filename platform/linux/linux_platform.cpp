@@ -7,11 +7,11 @@
 #include "platform/linux/gnome/gnome_backend.h"
 #include "platform/linux/gnome/mutter_idle_source.h"
 #include "platform/linux/gnome/mutter_screen_power.h"
-#include "platform/linux/kwin/kwin_script_backend.h"
 #include "platform/linux/session/session_monitor.h"
 #include "platform/linux/session/shared_bus.h"
 #include "platform/linux/sway/sway_backend.h"
 #ifdef ORVANE_HAS_WAYLAND
+#include "platform/linux/kwin/kwin_script_backend.h"
 #include "platform/linux/wayland/ext_idle_source.h"
 #include "platform/linux/wayland/foreign_toplevel_backend.h"
 #ifdef ORVANE_HAS_PLASMA_PROTOCOLS
@@ -92,14 +92,9 @@ void LinuxPlatform::addWindowBackends() {
     desktop_->add(std::make_unique<GnomeBackend>(*desktopBus_));
 #ifdef ORVANE_HAS_WAYLAND
 #ifdef ORVANE_HAS_PLASMA_PROTOCOLS
-    auto plasma = std::make_unique<PlasmaBackend>(*waylandDisplay_);
-    const auto tellsPlasma = [backend = plasma.get()] { return backend->isAvailable(); };
-    desktop_->add(std::move(plasma));
-#else
-    const auto tellsPlasma = [] { return false; };
+    desktop_->add(std::make_unique<PlasmaBackend>(*waylandDisplay_));
 #endif
-    desktop_->add(
-        std::make_unique<KwinScriptBackend>(*desktopBus_, [tellsPlasma] { return !tellsPlasma(); }));
+    desktop_->add(std::make_unique<KwinScriptBackend>(*desktopBus_, *waylandDisplay_));
     desktop_->add(std::make_unique<ForeignToplevelBackend>(*waylandDisplay_));
 #endif
 #ifdef ORVANE_HAS_X11

@@ -4,11 +4,19 @@
 #include <stdexcept>
 
 #include "platform/linux/kwin/kwin_permission.h"
+#include "platform/linux/kwin/kwin_script.h"
+#include "platform/linux/kwin/kwin_script_backend.h"
 #include "tests/platform/main_loop_wait.h"
 
 namespace orvane {
 
 namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* kScripting = "org.kde.kwin.Scripting";
+
+}  // namespace
 
 KwinDesktop::KwinDesktop(bool hasPermission) : connection_(sessionBus().connect()) {
     g_dbus_connection_set_exit_on_close(connection_, FALSE);
@@ -49,7 +57,8 @@ void KwinDesktop::start() {
     const fs::path socket = fs::path(runtimeFolder()) / "wayland-kwin";
     const bool isReady = waitUntil(
         [&] {
-            return fs::exists(socket) && call("/Scripting", "org.freedesktop.DBus.Peer", "Ping", nullptr);
+            return fs::exists(socket) &&
+                   ask("/Scripting", kScripting, "isScriptLoaded", g_variant_new("(s)", "test"));
         },
         60);
     if (!isReady) throw std::runtime_error("kwin_wayland did not start");
@@ -58,22 +67,51 @@ void KwinDesktop::start() {
     setForPrograms("GDK_BACKEND", "wayland");
 }
 
-bool KwinDesktop::call(const char* path, const char* interface, const char* method, GVariant* arguments) {
-    GVariant* reply =
-        g_dbus_connection_call_sync(connection_, "org.kde.KWin", path, interface, method, arguments, nullptr,
-                                    G_DBUS_CALL_FLAGS_NONE, 30000, nullptr, nullptr);
-    if (reply != nullptr) g_variant_unref(reply);
-    return reply != nullptr;
+Variant KwinDesktop::ask(const char* path, const char* interface, const char* method, GVariant* arguments) {
+    return Variant(g_dbus_connection_call_sync(connection_, "org.kde.KWin", path, interface, method,
+                                               arguments, nullptr, G_DBUS_CALL_FLAGS_NONE, 30000, nullptr,
+                                               nullptr));
 }
 
-void KwinDesktop::run(const std::string& script) {
-    const auto name = "test-" + std::to_string(++scripts_);
-    const auto file = folder() / (name + ".js");
+void KwinDesktop::run(const std::string& script, std::string name) {
+    const auto file = folder() / ("test-" + std::to_string(++scripts_) + ".js");
     std::ofstream(file) << script;
-    constexpr const char* scripting = "org.kde.kwin.Scripting";
-    if (!call("/Scripting", scripting, "loadScript", g_variant_new("(ss)", file.c_str(), name.c_str())) ||
-        !call("/Scripting", scripting, "start", nullptr))
+    if (name.empty()) name = file.stem();
+    if (!ask("/Scripting", kScripting, "loadScript", g_variant_new("(ss)", file.c_str(), name.c_str())) ||
+        !ask("/Scripting", kScripting, "start", nullptr))
         throw std::runtime_error("KWin did not run: " + script);
+}
+
+int KwinDesktop::ownScripts() {
+    const Variant reply(g_dbus_connection_call_sync(
+        connection_, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "ListNames",
+        nullptr, G_VARIANT_TYPE("(as)"), G_DBUS_CALL_FLAGS_NONE, 30000, nullptr, nullptr));
+    GVariantIter* names = nullptr;
+    const char* connection = nullptr;
+    g_variant_get(reply.get(), "(as)", &names);
+    while (g_variant_iter_next(names, "&s", &connection) != 0)
+        ownNames_.insert(KwinScriptBackend::scriptName(connection));
+    g_variant_iter_free(names);
+    int count = 0;
+    for (const auto& name : ownNames_) {
+        gboolean isLoaded = FALSE;
+        const auto answer =
+            ask("/Scripting", kScripting, "isScriptLoaded", g_variant_new("(s)", name.c_str()));
+        if (answer) g_variant_get(answer.get(), "(b)", &isLoaded);
+        if (isLoaded != FALSE) ++count;
+    }
+    return count;
+}
+
+void KwinDesktop::leaveScriptBehind() {
+    GDBusConnection* program = sessionBus().connect();
+    g_dbus_connection_set_exit_on_close(program, FALSE);
+    const std::string connection = g_dbus_connection_get_unique_name(program);
+    const auto name = KwinScriptBackend::scriptName(connection);
+    run(kwinScript(connection, name), name);
+    ownNames_.insert(name);
+    g_dbus_connection_close_sync(program, nullptr, nullptr);
+    g_object_unref(program);
 }
 
 void KwinDesktop::activate(Window& window) {

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <memory>
+#include <set>
 #include <string>
 
+#include "platform/linux/session/bus_connection.h"
 #include "tests/desktops/test_desktop.h"
 
 namespace orvane {
@@ -19,16 +21,24 @@ class KwinDesktop : public TestDesktop {
     void showEmptyDesktop(bool show) override;
     void touch() override;
 
+    /// How many scripts of ours KWin runs for programs that are, or were, on the bus.
+    int ownScripts();
+    /// Loads our script for a connection that is closed at once, as when a program crashes.
+    void leaveScriptBehind();
+
   protected:
     void killCompositor() override { kwin_.reset(); }
 
   private:
-    /// Runs the script in KWin.
-    void run(const std::string& script);
-    bool call(const char* path, const char* interface, const char* method, GVariant* arguments);
+    /// Runs the script in KWin under that name, or another one.
+    void run(const std::string& script, std::string name = {});
+    /// The answer, or null.
+    Variant ask(const char* path, const char* interface, const char* method, GVariant* arguments);
 
     GDBusConnection* connection_;
     int scripts_ = 0;
+    /// What scripts of ours would be called, of all connections that were ever seen.
+    std::set<std::string> ownNames_;
     std::unique_ptr<ChildProcess> kwin_;
 };
 

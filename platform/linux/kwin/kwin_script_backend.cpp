@@ -2,12 +2,16 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <system_error>
 #include <utility>
 
 #include "platform/linux/compositor_sockets.h"
 #include "platform/linux/kwin/kwin_script.h"
+#ifdef ORVANE_HAS_PLASMA_PROTOCOLS
+#include "platform/linux/kwin/plasma_backend.h"
+#endif
 
 namespace orvane {
 
@@ -16,15 +20,28 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char* kKwin = "org.kde.KWin";
-const BusObject kScripting{kKwin, "/Scripting", "org.kde.kwin.Scripting"};
+// Offered to everybody, and by no other compositor.
+constexpr const char* kKwinInterface = "org_kde_plasma_shell";
+// What KWin answers when it has a script of that name already.
+constexpr gint32 kNoScript = -1;
+
+/// No constant: a platform that is there until the program ends would outlive it.
+BusObject scripting() { return {kKwin, "/Scripting", "org.kde.kwin.Scripting"}; }
 
 // From loading the script to its first report.
 constexpr unsigned kPatienceMilliseconds = 3000;
-// KWin is on the bus a moment before it takes scripts.
-constexpr int kMostAttempts = 20;
-constexpr unsigned kRetryMilliseconds = 500;
 // So long the end may wait for KWin, which else would keep a script that nobody listens to.
 constexpr int kUnloadMilliseconds = 200;
+constexpr unsigned kFirstRetryMilliseconds = 500;
+constexpr unsigned kLastRetryMilliseconds = 60'000;
+
+bool isPermission([[maybe_unused]] const WaylandGlobal& global) {
+#ifdef ORVANE_HAS_PLASMA_PROTOCOLS
+    return PlasmaBackend::isUsable(global);
+#else
+    return false;
+#endif
+}
 
 /// A file that only this user can read, with the text; empty when it cannot be written.
 fs::path writeScript(const std::string& text) {
@@ -40,14 +57,17 @@ fs::path writeScript(const std::string& text) {
 
 }  // namespace
 
-KwinScriptBackend::KwinScriptBackend(SharedBus& bus, std::function<bool()> isNeeded)
-    : sharedBus_(bus), isNeeded_(std::move(isNeeded)) {
+KwinScriptBackend::KwinScriptBackend(SharedBus& bus, WaylandDisplay& display)
+    : sharedBus_(bus), display_(display), retryMilliseconds_(kFirstRetryMilliseconds) {
     bus.add(*this);
+    display.add(*this);
 }
 
-KwinScriptBackend::~KwinScriptBackend() { unload(); }
+KwinScriptBackend::~KwinScriptBackend() { stop(); }
 
 bool KwinScriptBackend::isDecided() const {
+    if (!display_.isDecided()) return false;
+    if (!isKwinCompositor_ || hasPermission_) return true;
     if (bus_ == nullptr) return sharedBus_.isDecided();
     return isKwinDecided_ && !patience_.isPending();
 }
@@ -63,7 +83,6 @@ void KwinScriptBackend::busOpened(BusConnection& bus) {
 void KwinScriptBackend::busClosed() {
     kwinWatch_ = {};
     reports_ = {};
-    isLoaded_ = false;
     kwinOwned(false);
     isKwinDecided_ = false;
     bus_ = nullptr;
@@ -71,71 +90,108 @@ void KwinScriptBackend::busClosed() {
 
 void KwinScriptBackend::kwinOwned(bool isOwned) {
     isKwinDecided_ = true;
-    ++owner_;
+    isKwinOnBus_ = isOwned;
     // A script ends with the KWin that runs it.
     isLoaded_ = false;
-    forget();
-    if (isOwned && isNeeded_()) {
-        patience_.start(kPatienceMilliseconds, [this] { giveUp(); });
-        bus_->call({"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus"}, "GetNameOwner",
-                   g_variant_new("(s)", kKwin), [this, owner = owner_](GVariant* values, GUnixFDList*) {
-                       if (owner != owner_ || values == nullptr) return;
-                       const char* name = nullptr;
-                       if (!g_variant_is_of_type(values, G_VARIANT_TYPE("(s)"))) return;
-                       g_variant_get(values, "(&s)", &name);
-                       kwin_ = name;
-                       load();
-                   });
-    }
-    tell();
+    stop();
+    update();
 }
 
-std::string KwinScriptBackend::scriptName() const { return "orvane" + bus_->ownName(); }
+void KwinScriptBackend::globalAdded(const WaylandGlobal& global) {
+    if (global.interface == kKwinInterface) isKwinCompositor_ = true;
+    if (isPermission(global)) hasPermission_ = true;
+}
+
+void KwinScriptBackend::compositorLost() {
+    isKwinCompositor_ = false;
+    hasPermission_ = false;
+    update();
+}
+
+bool KwinScriptBackend::isWanted() const {
+    return isKwinOnBus_ && display_.answers() && isKwinCompositor_ && !hasPermission_;
+}
+
+void KwinScriptBackend::update() {
+    if (isWanted() == isStarted_) return;
+    retryMilliseconds_ = kFirstRetryMilliseconds;
+    if (isStarted_) {
+        stop();
+    } else {
+        start();
+    }
+}
+
+void KwinScriptBackend::start() {
+    isStarted_ = true;
+    patience_.start(kPatienceMilliseconds, [this] { giveUp(); });
+    bus_->call({"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus"}, "GetNameOwner",
+               g_variant_new("(s)", kKwin), [this, attempt = ++attempt_](GVariant* values, GUnixFDList*) {
+                   if (attempt != attempt_ || values == nullptr) return;
+                   if (!g_variant_is_of_type(values, G_VARIANT_TYPE("(s)"))) return;
+                   const char* name = nullptr;
+                   g_variant_get(values, "(&s)", &name);
+                   kwin_ = name;
+                   load();
+               });
+}
 
 void KwinScriptBackend::load() {
-    ++attempts_;
-    removeFile();
-    file_ = writeScript(kwinScript(bus_->ownName()));
+    const auto name = scriptName(bus_->ownName());
+    file_ = writeScript(kwinScript(bus_->ownName(), name));
     if (file_.empty()) {
         giveUp();
         return;
     }
-    bus_->call(kScripting, "loadScript", g_variant_new("(ss)", file_.c_str(), scriptName().c_str()),
-               [this, owner = owner_](GVariant* values, GUnixFDList*) {
-                   if (owner != owner_) return;
-                   if (values == nullptr) {
-                       if (attempts_ < kMostAttempts)
-                           retryTimer_.start(kRetryMilliseconds, [this] { load(); });
-                       return;
-                   }
-                   isLoaded_ = true;
-                   bus_->call(kScripting, "start", nullptr, [](GVariant*, GUnixFDList*) {});
+    isLoaded_ = true;
+    bus_->call(scripting(), "loadScript", g_variant_new("(ss)", file_.c_str(), name.c_str()),
+               [this, attempt = attempt_](GVariant* values, GUnixFDList*) {
+                   if (attempt == attempt_) loaded(values);
                });
 }
 
-void KwinScriptBackend::unload() {
+void KwinScriptBackend::loaded(GVariant* values) {
+    gint32 script = kNoScript;
+    if (values != nullptr && g_variant_is_of_type(values, G_VARIANT_TYPE("(i)")))
+        g_variant_get(values, "(i)", &script);
+    if (script == kNoScript) {
+        giveUp();
+        return;
+    }
+    // Up to version 5 scripts are in the first place, from 6 on in the second. To start all that are loaded
+    // would start those of others.
+    for (const auto* folder : {"/", "/Scripting/Script"}) {
+        bus_->call({kKwin, folder + std::to_string(script), "org.kde.kwin.Script"}, "run", nullptr,
+                   [](GVariant*, GUnixFDList*) {});
+    }
+}
+
+void KwinScriptBackend::stop() {
+    ++attempt_;
     bool isLate = false;
     if (bus_ != nullptr && isLoaded_)
-        bus_->callNow(kScripting, "unloadScript", g_variant_new("(s)", scriptName().c_str()),
+        bus_->callNow(scripting(), "unloadScript", g_variant_new("(s)", scriptName(bus_->ownName()).c_str()),
                       kUnloadMilliseconds, isLate);
     isLoaded_ = false;
-    forget();
+    isStarted_ = false;
+    isGivenUp_ = false;
+    patience_.cancel();
+    retryTimer_.cancel();
+    kwin_.clear();
+    picture_.reset();
+    removeFile();
+    // Later, when the display too knows how it stands.
+    noticeTimer_.start(0, [this] { tell(); });
 }
 
 void KwinScriptBackend::giveUp() {
+    stop();
+    isStarted_ = true;
     isGivenUp_ = true;
-    patience_.cancel();
+    // KWin may have only begun to start.
+    retryTimer_.start(retryMilliseconds_, [this] { start(); });
+    retryMilliseconds_ = std::min(2 * retryMilliseconds_, kLastRetryMilliseconds);
     if (onAvailabilityChanged) onAvailabilityChanged(false);  // the shortcoming is another one
-}
-
-void KwinScriptBackend::forget() {
-    patience_.cancel();
-    retryTimer_.cancel();
-    attempts_ = 0;
-    kwin_.clear();
-    picture_.reset();
-    isGivenUp_ = false;
-    removeFile();
 }
 
 void KwinScriptBackend::removeFile() {
@@ -150,6 +206,7 @@ void KwinScriptBackend::reported(const std::string& sender, const std::string& r
     if (!picture) return;
     picture_ = std::move(picture);
     patience_.cancel();
+    retryMilliseconds_ = kFirstRetryMilliseconds;
     isGivenUp_ = false;
     removeFile();
     tell();

@@ -13,31 +13,42 @@ constexpr std::uint32_t kVersion = 13;
 
 }  // namespace
 
-const org_kde_plasma_window_management_listener PlasmaBackend::kListener{
-    .show_desktop_changed =
-        [](void* self, Manager*, std::uint32_t state) {
-            auto& backend = *static_cast<PlasmaBackend*>(self);
-            backend.isShowingDesktop_ = state == ORG_KDE_PLASMA_WINDOW_MANAGEMENT_SHOW_DESKTOP_ENABLED;
-            backend.noticeSoon();
-        },
-    .window = [](void*, Manager*, std::uint32_t) {},
-    .stacking_order_changed = [](void*, Manager*, wl_array*) {},
-    .stacking_order_uuid_changed =
-        [](void* self, Manager*, const char* identifiers) {
-            static_cast<PlasmaBackend*>(self)->setOrder(identifiers);
-        },
-    .window_with_uuid = [](void* self, Manager*, std::uint32_t,
-                           const char* identifier) { static_cast<PlasmaBackend*>(self)->added(identifier); },
-};
+// Member by member: newer protocols have more events, which are never sent to what was bound in an older
+// version.
+const org_kde_plasma_window_management_listener PlasmaBackend::kListener = [] {
+    org_kde_plasma_window_management_listener listener{};
+    listener.show_desktop_changed = [](void* self, Manager*, std::uint32_t state) {
+        auto& backend = *static_cast<PlasmaBackend*>(self);
+        backend.isShowingDesktop_ = state == ORG_KDE_PLASMA_WINDOW_MANAGEMENT_SHOW_DESKTOP_ENABLED;
+        backend.noticeSoon();
+    };
+    listener.window = [](void*, Manager*, std::uint32_t) {};
+    listener.stacking_order_changed = [](void*, Manager*, wl_array*) {};
+    listener.stacking_order_uuid_changed = [](void* self, Manager*, const char* identifiers) {
+        static_cast<PlasmaBackend*>(self)->setOrder(identifiers);
+    };
+    listener.window_with_uuid = [](void* self, Manager*, std::uint32_t, const char* identifier) {
+        static_cast<PlasmaBackend*>(self)->added(identifier);
+    };
+    return listener;
+}();
 
 PlasmaBackend::PlasmaBackend(WaylandDisplay& display) : display_(display), desktops_(display) {
     desktops_.onChanged = [this] { noticeSoon(); };
     display.add(*this);
 }
 
+bool PlasmaBackend::isUsable(const WaylandGlobal& global) {
+    return global.interface == org_kde_plasma_window_management_interface.name && global.version >= kVersion;
+}
+
+bool PlasmaBackend::isDecided() const {
+    return display_.isDecided() &&
+           std::ranges::all_of(windows_, [](const auto& entry) { return entry.second->isDescribed(); });
+}
+
 void PlasmaBackend::globalAdded(const WaylandGlobal& global) {
-    if (manager_ || global.interface != org_kde_plasma_window_management_interface.name) return;
-    if (global.version < kVersion) return;
+    if (manager_ || !isUsable(global)) return;
     manager_.reset(display_.bind<Manager>(global, org_kde_plasma_window_management_interface, kVersion));
     managerName_ = global.name;
     org_kde_plasma_window_management_add_listener(manager_.get(), &kListener, this);

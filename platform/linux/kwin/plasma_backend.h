@@ -29,9 +29,12 @@ class PlasmaBackend : public DesktopBackend, public WaylandListener {
     /// before this is destroyed.
     explicit PlasmaBackend(WaylandDisplay& display);
 
+    /// Whether this is what the backend can use.
+    static bool isUsable(const WaylandGlobal& global);
+
     std::string name() const override { return "KWin (window management)"; }
     bool isAvailable() const override { return display_.answers() && manager_; }
-    bool isDecided() const override { return display_.isDecided(); }
+    bool isDecided() const override;
     std::optional<DesktopWindow> activeWindow() override;
     std::vector<DesktopWindow> windows() override;
 

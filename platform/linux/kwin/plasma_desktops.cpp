@@ -2,25 +2,33 @@
 
 namespace orvane {
 
-const org_kde_plasma_virtual_desktop_management_listener PlasmaDesktops::kManagementListener{
-    .desktop_created = [](void* self, Management*, const char* identifier,
-                          std::uint32_t) { static_cast<PlasmaDesktops*>(self)->added(identifier); },
-    .desktop_removed =
-        [](void* self, Management*, const char* identifier) {
-            static_cast<PlasmaDesktops*>(self)->desktops_.erase(identifier);
-        },
-    .done = [](void*, Management*) {},
-    .rows = [](void*, Management*, std::uint32_t) {},
-};
+// Member by member: newer protocols have more events, which are never sent to what was bound in an older
+// version.
+const org_kde_plasma_virtual_desktop_management_listener PlasmaDesktops::kManagementListener = [] {
+    org_kde_plasma_virtual_desktop_management_listener listener{};
+    listener.desktop_created = [](void* self, Management*, const char* identifier, std::uint32_t) {
+        static_cast<PlasmaDesktops*>(self)->added(identifier);
+    };
+    listener.desktop_removed = [](void* self, Management*, const char* identifier) {
+        static_cast<PlasmaDesktops*>(self)->desktops_.erase(identifier);
+    };
+    listener.done = [](void*, Management*) {};
+    listener.rows = [](void*, Management*, std::uint32_t) {};
+    return listener;
+}();
 
-const org_kde_plasma_virtual_desktop_listener PlasmaDesktops::kDesktopListener{
-    .desktop_id = [](void*, Desktop*, const char*) {},
-    .name = [](void*, Desktop*, const char*) {},
-    .activated = &PlasmaDesktops::activated,
-    .deactivated = [](void*, Desktop*) {},
-    .done = [](void*, Desktop*) {},
-    .removed = [](void*, Desktop*) {},
-};
+// Member by member: newer protocols have more events, which are never sent to what was bound in an older
+// version.
+const org_kde_plasma_virtual_desktop_listener PlasmaDesktops::kDesktopListener = [] {
+    org_kde_plasma_virtual_desktop_listener listener{};
+    listener.desktop_id = [](void*, Desktop*, const char*) {};
+    listener.name = [](void*, Desktop*, const char*) {};
+    listener.activated = &PlasmaDesktops::activated;
+    listener.deactivated = [](void*, Desktop*) {};
+    listener.done = [](void*, Desktop*) {};
+    listener.removed = [](void*, Desktop*) {};
+    return listener;
+}();
 
 PlasmaDesktops::PlasmaDesktops(WaylandDisplay& display) : display_(display) { display.add(*this); }
 
