@@ -84,10 +84,9 @@ TEST_F(NoNetwork, TrackingConnectsToTheDisplayAndTheBuses) {
         watched track --json --store "$folder/s" >"$folder/lines" & tracker=$!
         for i in $(seq 600); do [ -s "$folder/lines" ] && break; sleep 0.1; done
         "$program" apps --store "$folder/s" >/dev/null
-        kill -INT "$(cat "$folder/process")";
-                                    wait $tracker) ");
-                                EXPECT_EQ(tracking.status, 0)
-                                << tracking.errors;
+        read -r child <"$folder/process"
+        kill -INT "$child"; wait $tracker)");
+    EXPECT_EQ(tracking.status, 0) << tracking.errors;
     const std::set<std::string> targets = expectLocal();
     EXPECT_FALSE(targets.empty());
     for (const std::string& target : targets)
