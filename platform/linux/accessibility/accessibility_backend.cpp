@@ -167,7 +167,7 @@ void AccessibilityBackend::looked(std::optional<std::vector<AtspiWindow>> found)
     windows_.clear();
     active_ = 0;
     std::map<atspi::Object, std::int64_t> numbers;
-    for (auto& each : found.value_or(std::vector<AtspiWindow>())) {
+    for (auto& each : std::move(found).value_or(std::vector<AtspiWindow>())) {
         const auto number = numberOf(each.object);
         numbers[each.object] = number;
         if (!each.isShowing) continue;

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "foundation/internal.h"
@@ -32,7 +33,9 @@ struct Object {
     std::string service;
     std::string path;
 
-    auto operator<=>(const Object&) const = default;
+    bool operator<(const Object& other) const {
+        return std::tie(service, path) < std::tie(other.service, other.path);
+    }
     BusObject accessible() const { return {service, path, accessibleInterface}; }
 };
 

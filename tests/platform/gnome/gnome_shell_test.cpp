@@ -155,12 +155,14 @@ TEST_F(GnomeShellTest, AccessibilityTellsWindowsWithoutTheExtension) {
     EXPECT_TRUE(windowsBecome({"[Inbox]"}));
 
     // The extension is preferred from the moment on which it runs.
-    for (const auto& [change, name] :
-         {std::pair("enable", "GNOME Shell (extension)"), std::pair("disable", "accessibility (AT-SPI)")}) {
-        desktop_->evaluate(std::string("Main.extensionManager.") + change + "Extension('windows@orvane')");
-        EXPECT_TRUE(waitUntil([&] { return platform_->desktop().name() == name; }, kLongestWait)) << name;
+    const auto switchExtension = [&](const std::string& change, const std::string& backend) {
+        desktop_->evaluate("Main.extensionManager." + change + "Extension('windows@orvane')");
+        EXPECT_TRUE(waitUntil([&] { return platform_->desktop().name() == backend; }, kLongestWait))
+            << backend;
         EXPECT_TRUE(windowsBecome({"[Inbox]"}));
-    }
+    };
+    switchExtension("enable", "GNOME Shell (extension)");
+    switchExtension("disable", "accessibility (AT-SPI)");
     EXPECT_FALSE(offered->wasSwitched());
     offered.reset();
     EXPECT_TRUE(waitUntil([this] { return !platform_->desktop().isAvailable(); }, kLongestWait));

@@ -23,7 +23,7 @@ void writePng(const fs::path& file, int width, int height, guint32 color) {
 }
 
 std::array<int, 4> pixel(const Image& image, int x, int y) {
-    const auto* at = &image.pixels.at(static_cast<std::size_t>((y * image.width + x) * 4));
+    const auto* at = &image.pixels.at(4 * static_cast<std::size_t>(y * image.width + x));
     return {at[0], at[1], at[2], at[3]};
 }
 
