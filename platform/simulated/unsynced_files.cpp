@@ -28,7 +28,7 @@ class Luck {
 
 }  // namespace
 
-void UnsyncedFiles::restart(Files files) {
+void UnsyncedFiles::restart(Files&& files) {
     entries_.clear();
     unsyncedEntries_.clear();
     for (auto& [path, bytes] : files) {

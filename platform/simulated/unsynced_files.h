@@ -21,7 +21,7 @@ class UnsyncedFiles {
     using Files = std::map<std::string, Bytes>;
 
     /// Makes these files all there are, with every byte safe.
-    void restart(Files files);
+    void restart(Files&& files);
 
     /// Notes that a file is there; one that was not is new in its folder.
     void opened(const std::string& path);
