@@ -19,11 +19,13 @@ class NoNetwork : public testing::Test {
             GTEST_SKIP() << "strace is not installed, or may not trace";
     }
 
-    /// Runs a line of shell in which `watched` runs the program under strace.
+    /// Runs a line of shell in which `watched` runs the program under strace, where no search for leaks can
+    /// work.
     ProgramRun run(const std::string& line) {
         return runShell(R"(program=$0; folder=$1
-                           watched() { strace -f -qq -e trace=%network -s 200 -A -o "$folder/calls" \
-                               sh -c 'echo $$ >"$0"; exec "$@"' "$folder/process" "$program" "$@"; }
+                           watched() { ASAN_OPTIONS=$ASAN_OPTIONS:detect_leaks=0 \
+                               strace -f -qq -e trace=%network -s 200 -A -o "$folder/calls" sh -c \
+                               'echo $$ >"$0"; exec "$@"' "$folder/process" "$program" "$@"; }
                            )" +
                             line,
                         folder_.path());

@@ -40,7 +40,7 @@ FakeCompositor::FakeCompositor(std::uint32_t idleVersion) : display_(wl_display_
                                                              static_cast<int>(version), id);
                          wl_resource_set_implementation(resource, &kRequests, self, nullptr);
                      });
-    wl_event_loop_add_fd(
+    wakeUpSource_ = wl_event_loop_add_fd(
         wl_display_get_event_loop(display_), wakeUp_[0], WL_EVENT_READABLE,
         [](int descriptor, std::uint32_t, void*) {
             std::packaged_task<void()>* task = nullptr;
@@ -54,6 +54,7 @@ FakeCompositor::FakeCompositor(std::uint32_t idleVersion) : display_(wl_display_
 FakeCompositor::~FakeCompositor() {
     call([this] { wl_display_terminate(display_); });
     thread_.join();
+    wl_event_source_remove(wakeUpSource_);
     wl_display_destroy_clients(display_);
     wl_display_destroy(display_);
     close(wakeUp_[0]);

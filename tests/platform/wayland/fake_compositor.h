@@ -44,6 +44,7 @@ class FakeCompositor {
 
     wl_display* display_;
     int wakeUp_[2];
+    wl_event_source* wakeUpSource_ = nullptr;
     std::vector<wl_global*> seats_;
     /// By the place of its mark a client's object is known as one of a seat; not reused.
     std::deque<char> marks_;
