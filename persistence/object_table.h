@@ -37,6 +37,8 @@ class SlabAllocator {
   private:
     struct Slab;
     Slab* newSlab();
+    Slab* mapSlab();
+    void unmap(Slab* slab) noexcept;
     bool isInFirst(const void* cell) const;
 
     std::size_t cellSize_;
@@ -44,7 +46,8 @@ class SlabAllocator {
     Slab* slabsWithRoom_ = nullptr;
     Slab* first_ = nullptr;  ///< small, from the heap, and kept
     Slab* spare_ = nullptr;
-    Slab* lastMapped_ = nullptr;  ///< where memory was found last; perhaps given back since
+    Slab* lastMapped_ = nullptr;   ///< where memory was found last; perhaps given back since
+    std::size_t mappedSlabs_ = 0;  ///< the spare one included
 };
 
 /// The way from a row's key to its object: keys are dense, so objects stand in pages found by the key's upper

@@ -10,33 +10,34 @@ namespace orvane {
 
 namespace {
 
-constexpr std::size_t slabBytes =
-    256 * 1024;                         // aligned to its own size, so that a cell's address tells its slab
-constexpr std::size_t firstCells = 32;  // a small slab to begin with: often just a few objects are at hand
+// An application's first objects get a small slab from the heap, some more a mapped one of the middle size;
+// whoever needs more than that is about to read a store's recordings. Those get slabs of a huge page each,
+// which takes a fault instead of hundreds. Mapped slabs are aligned to the largest size, so that a cell's
+// address tells its slab.
+constexpr std::size_t firstCells = 32;
+constexpr std::size_t mediumBytes = 256 * 1024;
+constexpr std::size_t largeBytes = 2 * 1024 * 1024;
 
-void* map(void* wanted, std::size_t bytes, int flags) {
-    void* const mapped =
-        mmap(wanted, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | flags, -1, 0);
-    return mapped == MAP_FAILED ? nullptr : mapped;
+char* map(void* wanted, std::size_t bytes) {
+    void* const mapped = mmap(wanted, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    return mapped == MAP_FAILED ? nullptr : static_cast<char*>(mapped);
 }
 
-/// Aligned room for one slab. Beneath the slab made last there is often just that, and whoever needs a second
-/// slab will soon fill it: its pages come all at once, which costs less than one by one.
-void* mapAligned(void* last) {
+/// Memory at a multiple of `largeBytes`, if possible directly beneath `last`.
+char* mapAligned(std::size_t bytes, void* last) {
     if (last) {
-        void* const beneath = map(static_cast<char*>(last) - slabBytes, slabBytes, MAP_POPULATE);
-        if (beneath && reinterpret_cast<std::uintptr_t>(beneath) % slabBytes == 0) return beneath;
-        if (beneath) munmap(beneath, slabBytes);
+        char* const beneath = map(static_cast<char*>(last) - largeBytes, bytes);
+        if (beneath && reinterpret_cast<std::uintptr_t>(beneath) % largeBytes == 0) return beneath;
+        if (beneath) munmap(beneath, bytes);
     }
-    const std::size_t room = slabBytes * 2;
-    auto* const mapped = static_cast<char*>(map(nullptr, room, 0));
+    const std::size_t room = largeBytes + bytes;
+    char* const mapped = map(nullptr, room);
     if (!mapped) throw std::bad_alloc();
     const std::uintptr_t begin = reinterpret_cast<std::uintptr_t>(mapped);
-    const std::size_t before = ((begin + slabBytes - 1) & ~(slabBytes - 1)) - begin;
-    const std::size_t after = room - before - slabBytes;
+    const std::size_t before = ((begin + largeBytes - 1) & ~(largeBytes - 1)) - begin;
     char* const slab = mapped + before;
     if (before > 0) munmap(mapped, before);
-    if (after > 0) munmap(slab + slabBytes, after);
+    if (before < largeBytes) munmap(slab + bytes, largeBytes - before);
     return slab;
 }
 
@@ -49,6 +50,7 @@ struct SlabAllocator::Slab {
     std::size_t neverUsed = 0;  // index of the first cell that was never handed out
     std::size_t live = 0;
     std::size_t cells = 0;
+    std::size_t mappedBytes = 0;  // 0 in the first one
     bool hasRoom = true;
 };
 
@@ -57,7 +59,7 @@ SlabAllocator::SlabAllocator(std::size_t size, std::size_t alignment)
       firstCell_((sizeof(Slab) + alignment - 1) / alignment * alignment) {}
 
 SlabAllocator::~SlabAllocator() {
-    if (spare_) munmap(spare_, slabBytes);
+    if (spare_) unmap(spare_);
     std::free(first_);
 }
 
@@ -67,6 +69,25 @@ bool SlabAllocator::isInFirst(const void* cell) const {
            std::less<>()(static_cast<const char*>(cell), begin + firstCell_ + cellSize_ * firstCells);
 }
 
+SlabAllocator::Slab* SlabAllocator::mapSlab() {
+    const std::size_t bytes = mappedSlabs_ == 0 ? mediumBytes : largeBytes;
+    char* const memory = mapAligned(bytes, lastMapped_);
+    if (bytes == largeBytes) {
+        // Both are advice: where huge pages or this way of populating do not exist, pages come one by one.
+        madvise(memory, bytes, MADV_HUGEPAGE);
+        madvise(memory, bytes, MADV_POPULATE_WRITE);
+    }
+    ++mappedSlabs_;
+    Slab* const slab = lastMapped_ = new (memory) Slab;
+    slab->mappedBytes = bytes;
+    return slab;
+}
+
+void SlabAllocator::unmap(Slab* slab) noexcept {
+    munmap(slab, slab->mappedBytes);
+    --mappedSlabs_;
+}
+
 SlabAllocator::Slab* SlabAllocator::newSlab() {
     Slab* slab = std::exchange(spare_, nullptr);
     if (!slab && !first_) {
@@ -74,9 +95,9 @@ SlabAllocator::Slab* SlabAllocator::newSlab() {
         if (!room) throw std::bad_alloc();
         slab = first_ = new (room) Slab;
     } else if (!slab) {
-        slab = lastMapped_ = new (mapAligned(lastMapped_)) Slab;
+        slab = mapSlab();
     }
-    slab->cells = slab == first_ ? firstCells : (slabBytes - firstCell_) / cellSize_;
+    slab->cells = slab == first_ ? firstCells : (slab->mappedBytes - firstCell_) / cellSize_;
     slab->hasRoom = true;
     slab->previous = nullptr;
     slab->next = slabsWithRoom_;
@@ -102,7 +123,7 @@ void* SlabAllocator::allocate() {
 }
 
 void SlabAllocator::release(void* memory) noexcept {
-    const std::size_t offset = reinterpret_cast<std::uintptr_t>(memory) & (slabBytes - 1);
+    const std::size_t offset = reinterpret_cast<std::uintptr_t>(memory) & (largeBytes - 1);
     Slab* const slab =
         isInFirst(memory) ? first_ : reinterpret_cast<Slab*>(static_cast<char*>(memory) - offset);
     *static_cast<void**>(memory) = slab->freeCells;
@@ -121,12 +142,13 @@ void SlabAllocator::release(void* memory) noexcept {
     else
         slabsWithRoom_ = slab->next;
     if (slab->next) slab->next->previous = slab->previous;
-    if (spare_) {
-        munmap(slab, slabBytes);
-    } else {
-        // One empty slab is kept, so that a single object that comes and goes maps nothing.
-        spare_ = new (slab) Slab;
-    }
+    // One empty slab is kept, so that a single object that comes and goes maps nothing; a small one rather
+    // than a large one.
+    if (spare_ && spare_->mappedBytes <= slab->mappedBytes) return unmap(slab);
+    if (spare_) unmap(spare_);
+    const std::size_t bytes = slab->mappedBytes;
+    spare_ = new (slab) Slab;
+    spare_->mappedBytes = bytes;
 }
 
 }  // namespace orvane
