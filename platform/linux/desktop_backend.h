@@ -67,6 +67,15 @@ class DesktopBackend {
     std::function<void(bool asleep)> onScreenSleepChanged;
     /// The desktop went away, or is back.
     std::function<void(bool available)> onAvailabilityChanged;
+
+  protected:
+    /// Tells how the desktop stands now, as far as that differs from what was told last; `active` is the
+    /// number of the active window, 0 without one.
+    void tell(bool available, std::int64_t active);
+
+  private:
+    bool toldAvailable_ = false;
+    std::int64_t toldActive_ = 0;
 };
 
 }  // namespace orvane

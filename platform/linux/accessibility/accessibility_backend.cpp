@@ -86,7 +86,7 @@ void AccessibilityBackend::askForOverview() {
                          [this, owner = mutterOwner_](std::optional<bool> isShown) {
                              if (owner != mutterOwner_) return;
                              isOverviewShown_ = isShown.value_or(false);
-                             tell();
+                             tellNow();
                          });
 }
 
@@ -141,7 +141,7 @@ void AccessibilityBackend::forget() {
     isAvailable_ = false;
     windows_.clear();
     active_ = 0;
-    tell();
+    tellNow();
 }
 
 void AccessibilityBackend::look() {
@@ -195,7 +195,7 @@ void AccessibilityBackend::looked(std::optional<std::vector<AtspiWindow>> found)
     std::stable_sort(windows_.begin(), windows_.end(),
                      [&](const auto& one, const auto& other) { return rank(one) < rank(other); });
     if (std::exchange(isOutdated_, false)) look();
-    tell();
+    tellNow();
 }
 
 std::int64_t AccessibilityBackend::active() const { return isOverviewShown_ ? 0 : active_; }
@@ -205,13 +205,7 @@ std::int64_t AccessibilityBackend::numberOf(const atspi::Object& object) {
     return known != numbers_.end() ? known->second : ++lastNumber_;
 }
 
-void AccessibilityBackend::tell() {
-    const bool isOther = std::exchange(toldActive_, active()) != active();
-    if (std::exchange(toldAvailable_, isAvailable_) != isAvailable_ && onAvailabilityChanged) {
-        onAvailabilityChanged(isAvailable_);
-    }
-    if (isOther && onActiveWindowChanged) onActiveWindowChanged();
-}
+void AccessibilityBackend::tellNow() { tell(isAvailable_, active()); }
 
 std::optional<DesktopWindow> AccessibilityBackend::activeWindow() {
     const auto now = windows();

@@ -56,7 +56,7 @@ class AccessibilityBackend : public DesktopBackend {
     void look();
     void lookAgain();
     void looked(std::optional<std::vector<AtspiWindow>> found);
-    void tell();
+    void tellNow();
     /// The window that keys go to.
     std::int64_t active() const;
     std::int64_t numberOf(const atspi::Object& object);
@@ -93,8 +93,6 @@ class AccessibilityBackend : public DesktopBackend {
     std::vector<std::int64_t> formerlyActive_;
     std::map<atspi::Object, std::int64_t> numbers_;
     std::int64_t lastNumber_ = 0;
-    bool toldAvailable_ = false;
-    std::int64_t toldActive_ = 0;
 };
 
 }  // namespace orvane

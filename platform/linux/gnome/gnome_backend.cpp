@@ -57,7 +57,7 @@ void GnomeBackend::extensionOwned(bool isOwned) {
     if (isOwned) {
         ask();
     } else {
-        tell();
+        tellNow();
     }
 }
 
@@ -84,17 +84,11 @@ void GnomeBackend::answered(std::optional<GnomePicture> picture) {
     } else if (isOutdated_) {
         ask();
     }
-    tell();
+    tellNow();
 }
 
-void GnomeBackend::tell() {
-    const auto active = picture_ && picture_->active ? picture_->active->number : 0;
-    const bool isOther = std::exchange(toldActive_, active) != active;
-    const bool available = isAvailable();
-    if (std::exchange(toldAvailable_, available) != available && onAvailabilityChanged) {
-        onAvailabilityChanged(available);
-    }
-    if (isOther && onActiveWindowChanged) onActiveWindowChanged();
+void GnomeBackend::tellNow() {
+    tell(isAvailable(), picture_ && picture_->active ? picture_->active->number : 0);
 }
 
 std::optional<DesktopWindow> GnomeBackend::activeWindow() {

@@ -36,7 +36,7 @@ class GnomeBackend : public DesktopBackend, public BusUser {
     void extensionOwned(bool isOwned);
     void ask();
     void answered(std::optional<GnomePicture> picture);
-    void tell();
+    void tellNow();
 
     SharedBus& sharedBus_;
     BusConnection* bus_ = nullptr;
@@ -52,8 +52,6 @@ class GnomeBackend : public DesktopBackend, public BusUser {
     bool isAsking_ = false;
     bool isOutdated_ = false;
     std::optional<GnomePicture> picture_;
-    bool toldAvailable_ = false;
-    std::int64_t toldActive_ = 0;
     MainLoopTimer retryTimer_;
 };
 

@@ -181,7 +181,7 @@ void KwinScriptBackend::stop() {
     picture_.reset();
     removeFile();
     // Later, when the display too knows how it stands.
-    noticeTimer_.start(0, [this] { tell(); });
+    noticeTimer_.start(0, [this] { tellNow(); });
 }
 
 void KwinScriptBackend::giveUp() {
@@ -209,17 +209,11 @@ void KwinScriptBackend::reported(const std::string& sender, const std::string& r
     retryMilliseconds_ = kFirstRetryMilliseconds;
     isGivenUp_ = false;
     removeFile();
-    tell();
+    tellNow();
 }
 
-void KwinScriptBackend::tell() {
-    const auto active = picture_ && picture_->active ? picture_->active->number : 0;
-    const bool isOther = std::exchange(toldActive_, active) != active;
-    const bool available = isAvailable();
-    if (std::exchange(toldAvailable_, available) != available && onAvailabilityChanged) {
-        onAvailabilityChanged(available);
-    }
-    if (isOther && onActiveWindowChanged) onActiveWindowChanged();
+void KwinScriptBackend::tellNow() {
+    tell(isAvailable(), picture_ && picture_->active ? picture_->active->number : 0);
 }
 
 std::optional<DesktopWindow> KwinScriptBackend::activeWindow() {

@@ -56,7 +56,7 @@ class KwinScriptBackend : public DesktopBackend, public BusUser, public WaylandL
     void giveUp();
     void reported(const std::string& sender, const std::string& report);
     void removeFile();
-    void tell();
+    void tellNow();
 
     SharedBus& sharedBus_;
     WaylandDisplay& display_;
@@ -80,8 +80,6 @@ class KwinScriptBackend : public DesktopBackend, public BusUser, public WaylandL
     bool isGivenUp_ = false;
     KwinPictureReader reader_;
     std::optional<KwinPicture> picture_;
-    bool toldAvailable_ = false;
-    std::int64_t toldActive_ = 0;
     MainLoopTimer patience_;
     unsigned retryMilliseconds_;
     MainLoopTimer retryTimer_;

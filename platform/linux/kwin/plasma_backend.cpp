@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <sstream>
-#include <utility>
 
 namespace orvane {
 
@@ -124,18 +123,12 @@ DesktopWindow PlasmaBackend::describe(const PlasmaWindow& window) {
 void PlasmaBackend::noticeSoon() {
     // A switch is told as two changes, of the former and of the new one.
     if (noticeTimer_.isPending()) return;
-    noticeTimer_.start(0, [this] { tell(); });
+    noticeTimer_.start(0, [this] { tellNow(); });
 }
 
-void PlasmaBackend::tell() {
-    const bool available = isAvailable();
-    const auto* window = active();
-    const auto number = available && window != nullptr ? window->number() : 0;
-    const bool isOther = std::exchange(toldActive_, number) != number;
-    if (std::exchange(toldAvailable_, available) != available && onAvailabilityChanged) {
-        onAvailabilityChanged(available);
-    }
-    if (isOther && onActiveWindowChanged) onActiveWindowChanged();
+void PlasmaBackend::tellNow() {
+    const auto* window = isAvailable() ? active() : nullptr;
+    tell(isAvailable(), window != nullptr ? window->number() : 0);
 }
 
 }  // namespace orvane

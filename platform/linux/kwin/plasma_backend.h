@@ -53,7 +53,7 @@ class PlasmaBackend : public DesktopBackend, public WaylandListener {
     const PlasmaWindow* active() const;
     static DesktopWindow describe(const PlasmaWindow& window);
     void noticeSoon();
-    void tell();
+    void tellNow();
 
     static const org_kde_plasma_window_management_listener kListener;
 
@@ -67,8 +67,6 @@ class PlasmaBackend : public DesktopBackend, public WaylandListener {
     /// Identifiers, from the bottom to the top; also of windows that are not told.
     std::vector<std::string> order_;
     bool isShowingDesktop_ = false;
-    bool toldAvailable_ = false;
-    std::int64_t toldActive_ = 0;
     MainLoopTimer noticeTimer_;
 };
 

@@ -27,8 +27,7 @@ SwayBackend::SwayBackend() : retry_(runtimeFolder(), "sway-ipc.", [this] { attem
     }
     // Whoever makes a backend looks at it himself.
     noticeTimer_.cancel();
-    toldAvailable_ = isReady_;
-    toldActive_ = tree_ && tree_->focused ? tree_->focused->number : 0;
+    tellNow();
 }
 
 SwayBackend::~SwayBackend() {
@@ -118,18 +117,12 @@ std::vector<DesktopWindow> SwayBackend::windows() {
 }
 
 void SwayBackend::noticeSoon() {
-    if (!noticeTimer_.isPending()) noticeTimer_.start(0, [this] { tell(); });
+    if (!noticeTimer_.isPending()) noticeTimer_.start(0, [this] { tellNow(); });
 }
 
-void SwayBackend::tell() {
+void SwayBackend::tellNow() {
     const auto* now = tree();
-    const auto active = now != nullptr && now->focused ? now->focused->number : 0;
-    const bool isOther = std::exchange(toldActive_, active) != active;
-    const bool available = isReady_;
-    if (std::exchange(toldAvailable_, available) != available && onAvailabilityChanged) {
-        onAvailabilityChanged(available);
-    }
-    if (isOther && onActiveWindowChanged) onActiveWindowChanged();
+    tell(isReady_, now != nullptr && now->focused ? now->focused->number : 0);
 }
 
 }  // namespace orvane

@@ -39,7 +39,7 @@ class SwayBackend : public DesktopBackend {
     void lose();
     const SwayTree* tree();
     void noticeSoon();
-    void tell();
+    void tellNow();
 
     std::unique_ptr<SwayConnection> connection_;
     guint source_ = 0;
@@ -47,8 +47,6 @@ class SwayBackend : public DesktopBackend {
     bool isReady_ = false;
     /// As of the last event; none when it is to be asked for anew.
     std::optional<SwayTree> tree_;
-    bool toldAvailable_ = false;
-    std::int64_t toldActive_ = 0;
     SocketRetry retry_;
     MainLoopTimer answerTimer_;
     MainLoopTimer noticeTimer_;

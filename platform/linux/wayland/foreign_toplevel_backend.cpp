@@ -99,18 +99,12 @@ std::int32_t ForeignToplevelBackend::processOf(const std::string& applicationIde
 void ForeignToplevelBackend::noticeSoon() {
     // A switch is told as two changes, of the former and of the new one.
     if (noticeTimer_.isPending()) return;
-    noticeTimer_.start(0, [this] { tell(); });
+    noticeTimer_.start(0, [this] { tellNow(); });
 }
 
-void ForeignToplevelBackend::tell() {
-    const bool available = isAvailable();
-    const auto* toplevel = active();
-    const auto number = available && toplevel != nullptr ? toplevel->number() : 0;
-    const bool isOther = std::exchange(toldActive_, number) != number;
-    if (std::exchange(toldAvailable_, available) != available && onAvailabilityChanged) {
-        onAvailabilityChanged(available);
-    }
-    if (isOther && onActiveWindowChanged) onActiveWindowChanged();
+void ForeignToplevelBackend::tellNow() {
+    const auto* toplevel = isAvailable() ? active() : nullptr;
+    tell(isAvailable(), toplevel != nullptr ? toplevel->number() : 0);
 }
 
 }  // namespace orvane

@@ -52,7 +52,7 @@ class ForeignToplevelBackend : public DesktopBackend, public WaylandListener {
     DesktopWindow describe(const ForeignToplevel& toplevel);
     std::int32_t processOf(const std::string& applicationIdentifier);
     void noticeSoon();
-    void tell();
+    void tellNow();
 
     static const zwlr_foreign_toplevel_manager_v1_listener kListener;
 
@@ -65,8 +65,6 @@ class ForeignToplevelBackend : public DesktopBackend, public WaylandListener {
     Toplevels toplevels_;
     /// By application; forgotten whenever a window comes or goes.
     std::map<std::string, std::int32_t> foundProcesses_;
-    bool toldAvailable_ = false;
-    std::int64_t toldActive_ = 0;
     MainLoopTimer noticeTimer_;
 };
 
