@@ -49,7 +49,9 @@ void ContextState::setCoordinator(std::shared_ptr<PersistentStoreCoordinator> co
         storage_->contextGone();
     }
     coordinator_ = std::move(coordinator);
-    storage_ = new ObjectStorage(*this, *coordinator_);
+    // A child makes objects while it holds a read lock, and a poll may wait for that lock.
+    const std::size_t largestSlab = parent_ ? SlabAllocator::mediumSlab : SlabAllocator::hugeSlab;
+    storage_ = new ObjectStorage(*this, *coordinator_, largestSlab);
 }
 
 sqlite::Database* ContextState::database(Error* error) {

@@ -123,12 +123,13 @@ std::vector<ManagedObject*> ObjectDirectory::neighbours(std::int64_t key) const 
 }
 
 EntityTable::EntityTable(ObjectStorage& storage, const EntityDescription& entity,
-                         const EntityClass* objectClass, const ManagedObjectModel& model)
+                         const EntityClass* objectClass, const ManagedObjectModel& model,
+                         std::size_t largestSlab)
     : storage_(storage),
       entity_(entity),
       objectClass_(objectClass),
       allocator_(objectClass ? objectClass->size : sizeof(DynamicObject),
-                 objectClass ? objectClass->alignment : alignof(DynamicObject)) {
+                 objectClass ? objectClass->alignment : alignof(DynamicObject), largestSlab) {
     if (objectClass_)
         slots_.assign(objectClass_->slots.begin(), objectClass_->slots.end());
     else
@@ -275,11 +276,12 @@ void EntityTable::clearRow(ManagedObject& object, std::uint64_t kept) {
     }
 }
 
-ObjectStorage::ObjectStorage(ContextState& context, const PersistentStoreCoordinator& coordinator)
+ObjectStorage::ObjectStorage(ContextState& context, const PersistentStoreCoordinator& coordinator,
+                             std::size_t largestSlab)
     : context_(&context), model_(coordinator.sharedModel()) {
     for (const EntityDescription& entity : coordinator.model().entities())
-        tables_.push_back(
-            std::make_unique<EntityTable>(*this, entity, coordinator.classOf(entity), coordinator.model()));
+        tables_.push_back(std::make_unique<EntityTable>(*this, entity, coordinator.classOf(entity),
+                                                        coordinator.model(), largestSlab));
 }
 
 }  // namespace orvane

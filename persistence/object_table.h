@@ -26,7 +26,13 @@ class Statement;
 /// soon as the last object in it is gone.
 class SlabAllocator {
   public:
-    SlabAllocator(std::size_t size, std::size_t alignment);
+    // Bytes of a slab.
+    static constexpr std::size_t mediumSlab = 256 * 1024;
+    static constexpr std::size_t hugeSlab = 2 * 1024 * 1024;  ///< a huge page of the usual processors
+
+    /// The first mapped slab is a medium one, the others have the bytes of `largest`, one of the two above.
+    /// The system may take milliseconds to find a huge page.
+    SlabAllocator(std::size_t size, std::size_t alignment, std::size_t largest);
     ~SlabAllocator();
     SlabAllocator(const SlabAllocator&) = delete;
     SlabAllocator& operator=(const SlabAllocator&) = delete;
@@ -41,6 +47,7 @@ class SlabAllocator {
     void unmap(Slab* slab) noexcept;
     bool isInFirst(const void* cell) const;
 
+    std::size_t largest_;  ///< mapped slabs are aligned to it, so that a cell's address tells its slab
     std::size_t cellSize_;
     std::size_t firstCell_;
     Slab* slabsWithRoom_ = nullptr;
@@ -96,7 +103,7 @@ struct StoredColumn {
 class EntityTable {
   public:
     EntityTable(ObjectStorage& storage, const EntityDescription& entity, const EntityClass* objectClass,
-                const ManagedObjectModel& model);
+                const ManagedObjectModel& model, std::size_t largestSlab);
     ~EntityTable();
 
     const EntityDescription& entity() const { return entity_; }
@@ -190,7 +197,8 @@ class EntityTable {
 /// deletes itself when the context and the last object are gone.
 class ObjectStorage {
   public:
-    ObjectStorage(ContextState& context, const PersistentStoreCoordinator& coordinator);
+    ObjectStorage(ContextState& context, const PersistentStoreCoordinator& coordinator,
+                  std::size_t largestSlab);
 
     ContextState* context() const { return context_; }
     TextPool& texts() { return texts_; }

@@ -10,34 +10,28 @@ namespace orvane {
 
 namespace {
 
-// An application's first objects get a small slab from the heap, some more a mapped one of the middle size;
-// whoever needs more than that is about to read a store's recordings. Those get slabs of a huge page each,
-// which takes a fault instead of hundreds. Mapped slabs are aligned to the largest size, so that a cell's
-// address tells its slab.
+// An application's first objects get a small slab from the heap.
 constexpr std::size_t firstCells = 32;
-constexpr std::size_t mediumBytes = 256 * 1024;
-constexpr std::size_t largeBytes = 2 * 1024 * 1024;
 
 char* map(void* wanted, std::size_t bytes) {
     void* const mapped = mmap(wanted, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     return mapped == MAP_FAILED ? nullptr : static_cast<char*>(mapped);
 }
 
-/// Memory at a multiple of `largeBytes`, if possible directly beneath `last`.
-char* mapAligned(std::size_t bytes, void* last) {
+/// Memory at a multiple of `alignment`, if possible directly beneath `last`.
+char* mapAligned(std::size_t bytes, std::size_t alignment, void* last) {
     if (last) {
-        char* const beneath = map(static_cast<char*>(last) - largeBytes, bytes);
-        if (beneath && reinterpret_cast<std::uintptr_t>(beneath) % largeBytes == 0) return beneath;
+        char* const beneath = map(static_cast<char*>(last) - alignment, bytes);
+        if (beneath && reinterpret_cast<std::uintptr_t>(beneath) % alignment == 0) return beneath;
         if (beneath) munmap(beneath, bytes);
     }
-    const std::size_t room = largeBytes + bytes;
-    char* const mapped = map(nullptr, room);
+    char* const mapped = map(nullptr, alignment + bytes);
     if (!mapped) throw std::bad_alloc();
     const std::uintptr_t begin = reinterpret_cast<std::uintptr_t>(mapped);
-    const std::size_t before = ((begin + largeBytes - 1) & ~(largeBytes - 1)) - begin;
+    const std::size_t before = ((begin + alignment - 1) & ~(alignment - 1)) - begin;
     char* const slab = mapped + before;
     if (before > 0) munmap(mapped, before);
-    if (before < largeBytes) munmap(slab + bytes, largeBytes - before);
+    if (before < alignment) munmap(slab + bytes, alignment - before);
     return slab;
 }
 
@@ -54,8 +48,9 @@ struct SlabAllocator::Slab {
     bool hasRoom = true;
 };
 
-SlabAllocator::SlabAllocator(std::size_t size, std::size_t alignment)
-    : cellSize_((size + alignment - 1) / alignment * alignment),
+SlabAllocator::SlabAllocator(std::size_t size, std::size_t alignment, std::size_t largest)
+    : largest_(largest),
+      cellSize_((size + alignment - 1) / alignment * alignment),
       firstCell_((sizeof(Slab) + alignment - 1) / alignment * alignment) {}
 
 SlabAllocator::~SlabAllocator() {
@@ -70,13 +65,13 @@ bool SlabAllocator::isInFirst(const void* cell) const {
 }
 
 SlabAllocator::Slab* SlabAllocator::mapSlab() {
-    const std::size_t bytes = mappedSlabs_ == 0 ? mediumBytes : largeBytes;
-    char* const memory = mapAligned(bytes, lastMapped_);
-    if (bytes == largeBytes) {
-        // Both are advice: where huge pages or this way of populating do not exist, pages come one by one.
-        madvise(memory, bytes, MADV_HUGEPAGE);
-        madvise(memory, bytes, MADV_POPULATE_WRITE);
-    }
+    const std::size_t bytes = mappedSlabs_ == 0 ? mediumSlab : largest_;
+    char* const memory = mapAligned(bytes, largest_, lastMapped_);
+    // Whoever needs a second one is about to read a store's recordings. All its pages come at once, which
+    // costs less than one by one. Both are advice: without huge pages, or this way of populating, they come
+    // as they can.
+    if (bytes == hugeSlab) madvise(memory, bytes, MADV_HUGEPAGE);
+    if (mappedSlabs_ > 0) madvise(memory, bytes, MADV_POPULATE_WRITE);
     ++mappedSlabs_;
     Slab* const slab = lastMapped_ = new (memory) Slab;
     slab->mappedBytes = bytes;
@@ -123,7 +118,7 @@ void* SlabAllocator::allocate() {
 }
 
 void SlabAllocator::release(void* memory) noexcept {
-    const std::size_t offset = reinterpret_cast<std::uintptr_t>(memory) & (largeBytes - 1);
+    const std::size_t offset = reinterpret_cast<std::uintptr_t>(memory) & (largest_ - 1);
     Slab* const slab =
         isInFirst(memory) ? first_ : reinterpret_cast<Slab*>(static_cast<char*>(memory) - offset);
     *static_cast<void**>(memory) = slab->freeCells;
