@@ -28,9 +28,11 @@ constexpr gint32 kNoScript = -1;
 /// No constant: a platform that is there until the program ends would outlive it.
 BusObject scripting() { return {kKwin, "/Scripting", "org.kde.kwin.Scripting"}; }
 
+constexpr const char* kUnload = "unloadScript";
+
 // From loading the script to its first report.
 constexpr unsigned kPatienceMilliseconds = 3000;
-// So long the end may wait for KWin, which else would keep a script that nobody listens to.
+// The end waits for KWin no longer, which would otherwise keep a script that nobody listens to.
 constexpr int kUnloadMilliseconds = 200;
 constexpr unsigned kFirstRetryMilliseconds = 500;
 constexpr unsigned kLastRetryMilliseconds = 60'000;
@@ -63,7 +65,12 @@ KwinScriptBackend::KwinScriptBackend(SharedBus& bus, WaylandDisplay& display)
     display.add(*this);
 }
 
-KwinScriptBackend::~KwinScriptBackend() { stop(); }
+KwinScriptBackend::~KwinScriptBackend() {
+    bool isLate = false;
+    if (bus_ != nullptr && std::exchange(isLoaded_, false))
+        bus_->callNow(scripting(), kUnload, ownScript(), kUnloadMilliseconds, isLate);
+    stop();
+}
 
 bool KwinScriptBackend::isDecided() const {
     if (!display_.isDecided()) return false;
@@ -150,6 +157,11 @@ void KwinScriptBackend::load() {
                });
 }
 
+/// The name of the script, as an argument.
+GVariant* KwinScriptBackend::ownScript() const {
+    return g_variant_new("(s)", scriptName(bus_->ownName()).c_str());
+}
+
 void KwinScriptBackend::loaded(GVariant* values) {
     gint32 script = kNoScript;
     if (values != nullptr && g_variant_is_of_type(values, G_VARIANT_TYPE("(i)")))
@@ -168,11 +180,8 @@ void KwinScriptBackend::loaded(GVariant* values) {
 
 void KwinScriptBackend::stop() {
     ++attempt_;
-    bool isLate = false;
-    if (bus_ != nullptr && isLoaded_)
-        bus_->callNow(scripting(), "unloadScript", g_variant_new("(s)", scriptName(bus_->ownName()).c_str()),
-                      kUnloadMilliseconds, isLate);
-    isLoaded_ = false;
+    if (bus_ != nullptr && std::exchange(isLoaded_, false))
+        bus_->call(scripting(), kUnload, ownScript(), [](GVariant*, GUnixFDList*) {});
     isStarted_ = false;
     isGivenUp_ = false;
     patience_.cancel();

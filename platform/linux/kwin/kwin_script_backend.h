@@ -52,7 +52,7 @@ class KwinScriptBackend : public DesktopBackend, public BusUser, public WaylandL
     void stop();
     void load();
     void loaded(GVariant* values);
-    void unload();
+    GVariant* ownScript() const;
     void giveUp();
     void reported(const std::string& sender, const std::string& report);
     void removeFile();
