@@ -54,7 +54,7 @@ ServiceHealth idleHealth(DesktopChoice& desktop) {
     if (seconds) {
         const auto* source = desktop.idleSourceInUse();
         health.backend = source != nullptr ? source->name() : desktop.name();
-        health.sees = std::to_string(static_cast<long long>(*seconds)) + " seconds since the last input";
+        health.sees = "last input " + std::to_string(static_cast<long long>(*seconds)) + " s ago";
     }
     explain(health, desktop.idleShortcomings(),
             "the desktop does not tell when something was touched: nobody ever counts as idle");

@@ -20,7 +20,7 @@ std::vector<ServiceHealth> SimulatedPlatform::desktopHealth() {
             {"idle time",
              true,
              "simulated",
-             std::to_string(static_cast<long long>(idle)) + " seconds since the last input",
+             "last input " + std::to_string(static_cast<long long>(idle)) + " s ago",
              {},
              {}}};
 }
