@@ -5,6 +5,7 @@
 
 #include "host/command.h"
 #include "host/reading_platform.h"
+#include "host/terminal.h"
 #include "platform/linux/desktop_choice.h"
 #include "platform/linux/error_presenter.h"
 #include "platform/linux/linux_platform.h"
@@ -76,7 +77,8 @@ void examineStore(const std::optional<std::filesystem::path>& folder, std::vecto
 void print(const ServiceHealth& finding) {
     std::cout << (finding.isGood ? "ok       " : "missing  ") << finding.service;
     if (!finding.backend.empty()) std::cout << " [" << finding.backend << ']';
-    if (!finding.sees.empty()) std::cout << ": " << finding.sees;
+    // Titles are what any web page likes them to be.
+    if (!finding.sees.empty()) std::cout << ": " << displayText(finding.sees, finding.sees.size());
     if (!finding.problem.empty()) {
         // Something can work and yet work better.
         std::cout << (finding.isGood ? "\n         but " : ": ") << finding.problem;

@@ -19,8 +19,6 @@ constexpr unsigned kEventMilliseconds = 50;
 // A question finds windows that are older than this, and has them looked for anew.
 constexpr std::int64_t kFreshMicroseconds = 500'000;
 
-constexpr int kMenuLayer = 24;
-
 bool isOrdinary(const AtspiWindow& window) {
     constexpr std::array roles{atspi::Role::alert, atspi::Role::dialog, atspi::Role::fileChooser,
                                atspi::Role::frame};
@@ -174,7 +172,7 @@ void AccessibilityBackend::looked(std::optional<std::vector<AtspiWindow>> found)
         DesktopWindow window;
         window.number = number;
         window.processIdentifier = each.process;
-        window.layer = isOrdinary(each) ? 0 : kMenuLayer;
+        window.layer = isOrdinary(each) ? WindowLayer::normal : WindowLayer::menu;
         if (each.title && !each.title->empty()) window.title = std::move(each.title);
         if (each.isActive) active_ = number;
         windows_.push_back(std::move(window));

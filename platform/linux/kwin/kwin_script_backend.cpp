@@ -47,6 +47,7 @@ bool isPermission([[maybe_unused]] const WaylandGlobal& global) {
 
 /// A file that only this user can read, with the text; empty when it cannot be written.
 fs::path writeScript(const std::string& text) {
+    if (runtimeFolder().empty()) return {};
     std::string path = (fs::path(runtimeFolder()) / "orvane-kwin-XXXXXX").string();
     const int descriptor = ::mkstemp(path.data());
     if (descriptor < 0) return {};

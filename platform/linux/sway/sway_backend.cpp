@@ -101,6 +101,8 @@ const SwayTree* SwayBackend::tree() {
     if (!tree_) {
         const auto answer = connection_->ask(SwayMessageType::getTree, kLongestAnswer);
         if (answer) tree_ = SwayTree::parse(*answer);
+        // Events that came with the answer are off the socket, which will not wake the main loop for them.
+        if (connection_->hasNext()) noticeSoon();
     }
     if (connection_->isBroken()) lose();
     return tree_ ? &*tree_ : nullptr;

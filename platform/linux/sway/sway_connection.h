@@ -28,6 +28,7 @@ class SwayConnection {
     void read();
     /// The next message read; none when there is none.
     std::optional<SwayMessage> next();
+    bool hasNext() const { return !messages_.empty(); }
     /// Waits for a message and reads it. False when the time is over or the connection broken.
     bool waitForInput(std::chrono::steady_clock::time_point deadline);
     /// Asks and waits for the answer. Events that come before it are kept for `next`. None, and the

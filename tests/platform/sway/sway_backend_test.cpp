@@ -45,6 +45,8 @@ class FakeSway {
 
     /// What is answered to a question for the tree; nothing when empty.
     std::atomic<const char*> tree = R"({"type":"root","nodes":[]})";
+    /// A window event that follows the next answer about the tree at once; none when null.
+    std::atomic<const char*> eventAfterTree = nullptr;
 
   private:
     void serve() {
@@ -65,7 +67,10 @@ class FakeSway {
     void answer(SwayMessageType type) {
         const bool asksTree = type == SwayMessageType::getTree;
         const std::string text = asksTree ? tree.load() : R"({"success":true})";
-        if (!text.empty()) send(SwayMessage{type, text}.bytes());
+        if (text.empty()) return;
+        const char* event = asksTree ? eventAfterTree.exchange(nullptr) : nullptr;
+        send(SwayMessage{type, text}.bytes() +
+             (event != nullptr ? SwayMessage{SwayMessageType::windowEvent, event}.bytes() : ""));
     }
 
     const std::string path_;
@@ -120,6 +125,21 @@ TEST_F(SwayBackendTest, EventsAreReasonsToLook) {
     EXPECT_TRUE(waitUntil([&] { return backend.activeWindow()->title == "Two"; }));
     runWhatIsDue();
     EXPECT_EQ(notices, 1);
+}
+
+TEST_F(SwayBackendTest, AnEventThatComesWithAnAnswerIsNotLeftLying) {
+    const auto sway = this->sway();
+    SwayBackend backend;
+    ASSERT_TRUE(backend.isAvailable());
+    int notices = 0;
+    backend.onActiveWindowChanged = [&] { ++notices; };
+    sway->tree = kOneWindow;
+    sway->eventAfterTree = R"({"change":"focus"})";
+    // A title alone is no reason to look; whoever asks for the windows gets answer and event at once.
+    sway->send(SwayMessage{SwayMessageType::windowEvent, R"({"change":"title"})"}.bytes());
+    EXPECT_TRUE(waitUntil([&] { return !backend.windows().empty(); }));
+    EXPECT_TRUE(waitUntil([&] { return notices == 1; }));
+    EXPECT_EQ(sway->eventAfterTree, nullptr);
 }
 
 TEST_F(SwayBackendTest, WhatSpeaksAnotherLanguageIsLeftAndTriedAgain) {
