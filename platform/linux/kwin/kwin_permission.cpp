@@ -35,7 +35,8 @@ std::string quoted(const std::string& path) {
     return result + '"';
 }
 
-/// KDE's programs find entries through an index, which is brought up to date by a program of its own.
+/// KDE's programs find entries through an index. KWin 5.27 brings it up to date by itself, this program does it
+/// for others that do not.
 void updateIndex() {
     for (const char* program : {"kbuildsycoca6", "kbuildsycoca5"}) {
         char* path = g_find_program_in_path(program);
@@ -72,10 +73,13 @@ KwinPermission::Outcome KwinPermission::grant(const fs::path& program) const {
     if (former == wanted) return {};
     std::error_code error;
     fs::create_directories(file_.parent_path(), error);
-    std::ofstream stream(file_, std::ios::binary);
-    stream << wanted;
-    stream.close();
-    if (!stream) return {false, file_.string() + " cannot be written"};
+    // As a whole or not at all: half an entry would not be known as one of ours.
+    GError* failure = nullptr;
+    if (g_file_set_contents(file_.c_str(), wanted.data(), static_cast<gssize>(wanted.size()), &failure) == 0) {
+        Outcome outcome{false, failure->message};
+        g_error_free(failure);
+        return outcome;
+    }
     updateIndex();
     return {true, {}};
 }
