@@ -15,9 +15,11 @@ namespace orvane::host {
 
 namespace {
 
-/// Lets the desktop and the buses answer, for a moment at the most.
+/// Lets the desktop and the buses answer, for some seconds at the most.
 void waitForAnswers(LinuxPlatform& platform) {
-    constexpr guint longestWait = 1500;  // milliseconds
+    // KWin first reads the whole file of a program that has its permission, which takes two seconds for one
+    // of 100 MB.
+    constexpr guint longestWait = 10'000;  // milliseconds
     bool late = false;
     const guint timer = g_timeout_add(
         longestWait,

@@ -45,7 +45,8 @@ class DesktopBackend {
     virtual std::string name() const = 0;
     /// Whether the desktop answers at present.
     virtual bool isAvailable() const = 0;
-    /// Whether the desktop was looked for; before that, one that is there may be missed.
+    /// Whether the desktop was looked for and what was found was told; before that, one that is there may be
+    /// missed.
     virtual bool isDecided() const { return true; }
     /// The window that receives key events; none when no window does or the desktop does not answer.
     virtual std::optional<DesktopWindow> activeWindow() = 0;

@@ -40,7 +40,8 @@ class DesktopChoice : public DesktopBackend {
     /// Chooses for the first time, in silence: whoever starts it looks by himself. What changes later is
     /// told. Screens that are off already are told later on the main loop.
     void start();
-    /// Whether a Wayland compositor answers; false until this says otherwise.
+    /// Whether a Wayland compositor answers, or took the connection and may answer soon; false until this
+    /// says otherwise.
     void setCompositorAnswers(bool answers);
 
     /// Called after any change of what the accessors below tell.

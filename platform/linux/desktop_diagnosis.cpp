@@ -11,9 +11,13 @@ namespace orvane {
 
 namespace {
 
-/// The first shortcoming says what is wrong; where there is none, `otherwise` does.
-void explain(ServiceHealth& health, const std::vector<Shortcoming>& shortcomings, std::string otherwise) {
-    if (!shortcomings.empty()) {
+/// The first shortcoming says what is wrong; where there is none, `otherwise` does. Before the desktop has
+/// answered, neither is known.
+void explain(ServiceHealth& health, const DesktopChoice& desktop,
+             const std::vector<Shortcoming>& shortcomings, std::string otherwise) {
+    if (!health.isGood && !desktop.isDecided()) {
+        health.problem = "the desktop has not answered yet: ask again in some seconds";
+    } else if (!shortcomings.empty()) {
         health.problem = shortcomings.front().problem;
         health.remedy = shortcomings.front().remedy;
     } else if (!health.isGood) {
@@ -37,10 +41,12 @@ ServiceHealth windowHealth(DesktopChoice& desktop, LinuxWorkspace& workspace) {
         if (front && front->processIdentifier != 0) {
             health.sees += " (process " + std::to_string(front->processIdentifier) + ")";
         }
-        if (front && active && active->title) health.sees += ": " + *active->title;
+        // Behind a lock there still is a window.
+        const bool isLocked = front && front->bundleIdentifier == loginWindowIdentifier;
+        if (front && !isLocked && active && active->title) health.sees += ": " + *active->title;
     }
     const bool isTold = hasVariable("DISPLAY") || hasVariable("WAYLAND_DISPLAY");
-    explain(health, desktop.windowShortcomings(),
+    explain(health, desktop, desktop.windowShortcomings(),
             desktop.compositorAnswers()
                 ? "this desktop tells its windows in no way that is known: nothing is recorded"
             : isTold ? "the display server does not answer: check DISPLAY and WAYLAND_DISPLAY"
@@ -56,7 +62,7 @@ ServiceHealth idleHealth(DesktopChoice& desktop) {
         health.backend = source != nullptr ? source->name() : desktop.name();
         health.sees = "last input " + std::to_string(static_cast<long long>(*seconds)) + " s ago";
     }
-    explain(health, desktop.idleShortcomings(),
+    explain(health, desktop, desktop.idleShortcomings(),
             "the desktop does not tell when something was touched: nobody ever counts as idle");
     return health;
 }
@@ -69,7 +75,7 @@ ServiceHealth screenHealth(DesktopChoice& desktop) {
         health.backend = source != nullptr ? source->name() : desktop.name();
         health.sees = desktop.areScreensOff() ? "off" : "on";
     }
-    explain(health, desktop.screenPowerShortcomings(),
+    explain(health, desktop, desktop.screenPowerShortcomings(),
             "the desktop does not tell when screens go off: that alone ends no recording");
     return health;
 }

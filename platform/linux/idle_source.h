@@ -18,7 +18,8 @@ class IdleSource {
     virtual std::string name() const = 0;
     /// Whether the source answers at present.
     virtual bool isAvailable() const = 0;
-    /// Whether the source was looked for; before that, one that is there may be missed.
+    /// Whether the source was looked for and what was found was told; before that, one that is there may be
+    /// missed.
     virtual bool isDecided() const { return true; }
     /// Seconds since the user's last input; none when the source does not answer. Never waits long.
     virtual std::optional<double> idleSeconds() = 0;

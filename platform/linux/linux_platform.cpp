@@ -53,7 +53,8 @@ void LinuxPlatform::connect() {
     addScreenPowerSources();
 #ifdef ORVANE_HAS_WAYLAND
     waylandDisplay_->start();
-    desktop_->setCompositorAnswers(waylandDisplay_->answers());
+    // One that is slow to answer is no reason to start the X server for the X11 programs on it.
+    desktop_->setCompositorAnswers(waylandDisplay_->answers() || !waylandDisplay_->isDecided());
 #endif
     desktop_->start();
     desktopBus_->open();

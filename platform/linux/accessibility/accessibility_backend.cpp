@@ -16,6 +16,8 @@ constexpr const char* kShellPath = "/org/gnome/Shell";
 
 // Events come in bursts: a window loses the focus before another one gets it.
 constexpr unsigned kEventMilliseconds = 50;
+// A registry that gave no answer is asked again, also when nothing happens on the screen.
+constexpr unsigned kRetryMilliseconds = 2000;
 // A question finds windows that are older than this, and has them looked for anew.
 constexpr std::int64_t kFreshMicroseconds = 500'000;
 
@@ -118,8 +120,8 @@ void AccessibilityBackend::registryOwned(bool isOwned) {
 void AccessibilityBackend::listenToWindows() {
     windowEvents_ =
         bus_->subscribe({"", "", atspi::windowEventInterface}, "", [this](const std::string&, GVariant*) {
-            if (eventTimer_.isPending()) return;
-            eventTimer_.start(kEventMilliseconds, [this] { lookAgain(); });
+            if (lookTimer_.isPending()) return;
+            lookTimer_.start(kEventMilliseconds, [this] { lookAgain(); });
         });
     // Applications keep their events to themselves until somebody wants them.
     for (const char* event : {"window:activate", "window:deactivate", "window:create", "window:destroy"}) {
@@ -133,7 +135,7 @@ void AccessibilityBackend::listenToWindows() {
 
 void AccessibilityBackend::forget() {
     windowEvents_ = {};
-    eventTimer_.cancel();
+    lookTimer_.cancel();
     if (walk_) std::exchange(walk_, nullptr)->cancel();
     isOutdated_ = false;
     isAvailable_ = false;
@@ -192,7 +194,11 @@ void AccessibilityBackend::looked(std::optional<std::vector<AtspiWindow>> found)
     };
     std::stable_sort(windows_.begin(), windows_.end(),
                      [&](const auto& one, const auto& other) { return rank(one) < rank(other); });
-    if (std::exchange(isOutdated_, false)) look();
+    if (std::exchange(isOutdated_, false)) {
+        look();
+    } else if (!isAvailable_ && !lookTimer_.isPending()) {
+        lookTimer_.start(kRetryMilliseconds, [this] { lookAgain(); });
+    }
     tellNow();
 }
 

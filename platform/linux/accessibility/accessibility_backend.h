@@ -84,7 +84,7 @@ class AccessibilityBackend : public DesktopBackend {
     bool hasLooked_ = false;
     /// In microseconds on GLib's monotonic clock.
     std::int64_t lookedAt_ = 0;
-    MainLoopTimer eventTimer_;
+    MainLoopTimer lookTimer_;
 
     bool isAvailable_ = false;
     /// The active one first, then those that were active before, the latest first.

@@ -21,21 +21,8 @@ std::string contents(const fs::path& file) {
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-/// As a word of an Exec line:
-/// https://specifications.freedesktop.org/desktop-entry-spec/latest/exec-variables.html
-std::string quoted(const std::string& path) {
-    std::string result = "\"";
-    for (const char each : path) {
-        // Once for the word in quotes and once for the string that holds it.
-        if (each == '\\') result += "\\\\\\";
-        if (each == '"' || each == '`' || each == '$') result += "\\\\";
-        if (each == '%') result += '%';
-        result += each;
-    }
-    return result + '"';
-}
-
-/// KDE's programs find entries through an index, which is brought up to date by a program of its own.
+/// KDE's programs find entries through an index. KWin 5.27 brings it up to date by itself when a program
+/// connects; other releases need not.
 void updateIndex() {
     for (const char* program : {"kbuildsycoca6", "kbuildsycoca5"}) {
         char* path = g_find_program_in_path(program);
@@ -56,26 +43,33 @@ KwinPermission::Outcome KwinPermission::grant(const fs::path& program) const {
     const std::string former = contents(file_);
     if (!former.empty() && former.find(kMark) == std::string::npos)
         return {false, file_.string() + " is there already and not from this command: move it away"};
-    if (program.native().find('\n') != std::string::npos)
-        return {false, "the program's path has several lines"};
+    // Each would have to be escaped, and KWin compares paths without undoing that.
+    if (program.native().find_first_of("\"`$\\%\n") != std::string::npos)
+        return {false,
+                "KWin finds no program whose path has a quotation mark, backquote, backslash, $ or % in "
+                "it: move it to another folder"};
     const std::string wanted =
         "[Desktop Entry]\n"
         "Type=Application\n"
         "Name=Orvane\n"
         "Comment=Records which applications and windows are in use\n"
         "NoDisplay=true\n"
-        "Exec=" +
-        quoted(program.string()) +
-        "\n"
+        "Exec=\"" +
+        program.string() +
+        "\"\n"
         "X-KDE-Wayland-Interfaces=org_kde_plasma_window_management\n" +
         kMark;
     if (former == wanted) return {};
     std::error_code error;
     fs::create_directories(file_.parent_path(), error);
-    std::ofstream stream(file_, std::ios::binary);
-    stream << wanted;
-    stream.close();
-    if (!stream) return {false, file_.string() + " cannot be written"};
+    // As a whole or not at all: half an entry would not be known as one of ours.
+    GError* failure = nullptr;
+    if (g_file_set_contents(file_.c_str(), wanted.data(), static_cast<gssize>(wanted.size()), &failure) ==
+        0) {
+        Outcome outcome{false, failure->message};
+        g_error_free(failure);
+        return outcome;
+    }
     updateIndex();
     return {true, {}};
 }

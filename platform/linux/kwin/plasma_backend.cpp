@@ -42,7 +42,7 @@ bool PlasmaBackend::isUsable(const WaylandGlobal& global) {
 }
 
 bool PlasmaBackend::isDecided() const {
-    return display_.isDecided() &&
+    return display_.isDecided() && !noticeTimer_.isPending() &&
            std::ranges::all_of(windows_, [](const auto& entry) { return entry.second->isDescribed(); });
 }
 

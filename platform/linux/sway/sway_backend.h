@@ -28,6 +28,7 @@ class SwayBackend : public DesktopBackend {
 
     std::string name() const override { return "sway (IPC)"; }
     bool isAvailable() const override { return isReady_; }
+    bool isDecided() const override { return (isReady_ || !connection_) && !noticeTimer_.isPending(); }
     std::optional<DesktopWindow> activeWindow() override;
     std::vector<DesktopWindow> windows() override;
 

@@ -33,7 +33,7 @@ class ForeignToplevelBackend : public DesktopBackend, public WaylandListener {
 
     std::string name() const override { return "wlr-foreign-toplevel-management"; }
     bool isAvailable() const override { return display_.answers() && manager_; }
-    bool isDecided() const override { return display_.isDecided(); }
+    bool isDecided() const override { return display_.isDecided() && !noticeTimer_.isPending(); }
     std::optional<DesktopWindow> activeWindow() override;
     std::vector<DesktopWindow> windows() override;
 

@@ -101,12 +101,11 @@ void WaylandDisplay::readEvents() {
 }
 
 void WaylandDisplay::lose() {
-    const bool answered = isReady_;
     isReady_ = false;
     for (auto* listener : listeners_) listener->compositorLost();
     close();
     retry_.start();
-    if (answered && onAnswersChanged) onAnswersChanged(false);
+    if (onAnswersChanged) onAnswersChanged(false);
 }
 
 void WaylandDisplay::close() {

@@ -24,7 +24,8 @@ class WaylandDisplay {
     WaylandDisplay(const WaylandDisplay&) = delete;
     WaylandDisplay& operator=(const WaylandDisplay&) = delete;
 
-    /// Set before `start`. Called on the main loop after the listeners were told, never from within `start`.
+    /// Set before `start`. A compositor answers now, or one that did or might have answered is gone. Called
+    /// on the main loop after the listeners were told, never from within `start`.
     std::function<void(bool answers)> onAnswersChanged;
 
     /// Listeners are added before `start`, must stay until the display is destroyed, and are not told of its

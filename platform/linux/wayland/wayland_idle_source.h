@@ -38,6 +38,7 @@ class WaylandIdleSource : public IdleSource, public WaylandListener {
     WaylandIdleSource(WaylandDisplay& display, std::string notifierInterface);
 
     bool isAvailable() const override { return display_.answers() && hasNotifier() && !seats_.empty(); }
+    bool isDecided() const override { return display_.isDecided() && !noticeTimer_.isPending(); }
     std::optional<double> idleSeconds() override;
 
     void globalAdded(const WaylandGlobal& global) override;

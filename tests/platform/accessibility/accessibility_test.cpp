@@ -5,6 +5,7 @@
 #include <mutex>
 #include <utility>
 
+#include "platform/linux/accessibility/accessibility_backend.h"
 #include "platform/linux/accessibility/atspi_accessibility.h"
 #include "platform/linux/accessibility/title_reader.h"
 #include "tests/platform/accessibility/private_accessibility.h"
@@ -139,6 +140,27 @@ TEST_F(AccessibilityTest, TheTitleOfAProcesssFocusedWindow) {
     accessibility_.reset();
     AccessibilityValue focused;
     EXPECT_NE(kept->copyAttributeValue(NSAccessibilityFocusedWindowAttribute, focused), 0);
+}
+
+TEST_F(AccessibilityTest, ARegistryThatWasSlowIsAskedAgain) {
+    GDBusConnection* mutter = session_.connect();
+    g_dbus_connection_set_exit_on_close(mutter, FALSE);
+    g_bus_own_name_on_connection(mutter, "org.gnome.Mutter.IdleMonitor", G_BUS_NAME_OWNER_FLAGS_NONE, nullptr,
+                                 nullptr, nullptr, nullptr);
+    offered_->registry().stop();
+    {
+        SharedBus sessionBus(session_.address());
+        AccessibilityBus accessibilityBus(sessionBus);
+        AccessibilityBackend backend(sessionBus, accessibilityBus);
+        sessionBus.open();
+        EXPECT_TRUE(waitUntil([&] { return backend.isDecided(); }, kLongestWait));
+        EXPECT_FALSE(backend.isAvailable());
+        // Nothing happens on the screen meanwhile.
+        offered_->registry().resume();
+        EXPECT_TRUE(waitUntil([&] { return backend.isAvailable(); }, kLongestWait));
+    }
+    g_dbus_connection_close_sync(mutter, nullptr, nullptr);
+    g_object_unref(mutter);
 }
 
 TEST_F(AccessibilityTest, AnApplicationThatHangsIsGivenUp) {

@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <memory>
 
+#include "platform/linux/desktop_choice.h"
+#include "platform/linux/linux_platform.h"
 #include "platform/linux/wayland/ext_idle_source.h"
 #include "tests/platform/main_loop_wait.h"
 #include "tests/platform/wayland/fake_compositor.h"
@@ -121,9 +123,16 @@ TEST_F(IdleSourceTest, ACompositorThatComesLateOrIsSlowOrDies) {
     compositor_->hold(true);
     connect(false);
     EXPECT_FALSE(source_->isAvailable()) << "it took the connection and has not spoken yet";
+    {
+        // Nor is it time for the X server on it.
+        LinuxPlatform platform;
+        EXPECT_TRUE(platform.desktop().compositorAnswers());
+        EXPECT_FALSE(platform.desktop().isDecided());
+    }
+    EXPECT_FALSE(source_->isDecided());
     compositor_->hold(false);
-    EXPECT_TRUE(waitUntil([this] { return source_->isAvailable(); }));
-    EXPECT_TRUE(waitUntil([this] { return told_ == "+"; }));
+    EXPECT_TRUE(waitUntil([this] { return source_->isDecided(); }));
+    EXPECT_EQ(told_, "+") << "whoever waits for it must not look too early";
 }
 
 }  // namespace
