@@ -73,6 +73,10 @@ class DesktopBackend {
     /// Tells how the desktop stands now, as far as that differs from what was told last; `active` is the
     /// number of the active window, 0 without one.
     void tell(bool available, std::int64_t active);
+    /// The active window as it was told last; 0 for none.
+    std::int64_t toldActive() const { return toldActive_; }
+    /// None was active in between: the next `tell` tells the active window, even if it is the one told last.
+    void forgetActive() { toldActive_ = 0; }
 
   private:
     bool toldAvailable_ = false;

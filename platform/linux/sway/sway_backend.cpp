@@ -14,6 +14,8 @@ constexpr std::chrono::milliseconds kFirstWait{1000};
 constexpr std::chrono::milliseconds kLongestAnswer{250};
 // One that took the connection and says nothing is tried again: by now another may listen in its place.
 constexpr unsigned kAnswerMilliseconds = 10'000;
+// A locker or a launcher takes the focus without an event: what was told longer ago is asked for anew.
+constexpr std::int64_t kFreshMicroseconds = 500'000;
 
 }  // namespace
 
@@ -27,7 +29,7 @@ SwayBackend::SwayBackend() : retry_(runtimeFolder(), "sway-ipc.", [this] { attem
     }
     // Whoever makes a backend looks at it himself.
     noticeTimer_.cancel();
-    tellNow();
+    tell(isReady_, focused());
 }
 
 SwayBackend::~SwayBackend() {
@@ -64,7 +66,7 @@ void SwayBackend::takeMessages() {
     while (const auto message = connection_->next()) {
         switch (message->type) {
             case SwayMessageType::getTree:
-                tree_ = SwayTree::parse(message->payload);
+                setTree(message->payload);
                 if (!isReady_ && tree_) {
                     isReady_ = true;
                     answerTimer_.cancel();
@@ -73,6 +75,9 @@ void SwayBackend::takeMessages() {
                 }
                 break;
             case SwayMessageType::windowEvent:
+                // The one that was told last may get it back, from a locker that nobody saw.
+                if (isSwayFocusEvent(message->payload)) forgetActive();
+                [[fallthrough]];
             case SwayMessageType::workspaceEvent:
                 tree_.reset();
                 if (canChangeSwayFocus(message->payload)) noticeSoon();
@@ -94,15 +99,23 @@ void SwayBackend::lose() {
     noticeSoon();
 }
 
+void SwayBackend::setTree(const std::string& answer) {
+    tree_ = SwayTree::parse(answer);
+    toldAt_ = g_get_monotonic_time();
+}
+
+std::int64_t SwayBackend::focused() const { return tree_ && tree_->focused ? tree_->focused->number : 0; }
+
 const SwayTree* SwayBackend::tree() {
     if (!isReady_) return nullptr;
     connection_->read();
     takeMessages();
-    if (!tree_) {
+    if (!tree_ || g_get_monotonic_time() - toldAt_ > kFreshMicroseconds) {
+        tree_.reset();
         const auto answer = connection_->ask(SwayMessageType::getTree, kLongestAnswer);
-        if (answer) tree_ = SwayTree::parse(*answer);
+        if (answer) setTree(*answer);
         // Events that came with the answer are off the socket, which will not wake the main loop for them.
-        if (connection_->hasNext()) noticeSoon();
+        if (connection_->hasNext() || focused() != toldActive()) noticeSoon();
     }
     if (connection_->isBroken()) lose();
     return tree_ ? &*tree_ : nullptr;
@@ -123,8 +136,8 @@ void SwayBackend::noticeSoon() {
 }
 
 void SwayBackend::tellNow() {
-    const auto* now = tree();
-    tell(isReady_, now != nullptr && now->focused ? now->focused->number : 0);
+    tree();
+    tell(isReady_, focused());
 }
 
 }  // namespace orvane

@@ -38,6 +38,9 @@ class SwayBackend : public DesktopBackend {
     void readable();
     void takeMessages();
     void lose();
+    void setTree(const std::string& answer);
+    /// The number of the window that has the focus as far as is known; 0 for none.
+    std::int64_t focused() const;
     const SwayTree* tree();
     void noticeSoon();
     void tellNow();
@@ -48,6 +51,8 @@ class SwayBackend : public DesktopBackend {
     bool isReady_ = false;
     /// As of the last event; none when it is to be asked for anew.
     std::optional<SwayTree> tree_;
+    /// When sway told it, in microseconds on GLib's monotonic clock.
+    std::int64_t toldAt_ = 0;
     SocketRetry retry_;
     MainLoopTimer answerTimer_;
     MainLoopTimer noticeTimer_;

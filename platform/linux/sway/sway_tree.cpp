@@ -111,9 +111,10 @@ std::optional<SwayTree> SwayTree::parse(std::string_view json) {
     return tree;
 }
 
+bool isSwayFocusEvent(std::string_view json) { return text(parsed(json), "change") == "focus"; }
+
 bool canChangeSwayFocus(std::string_view json) {
-    const auto event = parsed(json);
-    const auto change = text(event, "change");
+    const auto change = text(parsed(json), "change");
     static const std::set<std::string> kHarmless{"title", "mark", "urgent", "rename", "reload"};
     return !kHarmless.contains(change);
 }

@@ -25,5 +25,7 @@ struct SwayTree {
 /// Whether an event of a window or workspace can mean that another window is active, or none. True for what
 /// cannot be read: looking costs less than missing a change.
 bool canChangeSwayFocus(std::string_view json);
+/// Whether an event of a window says that it gets the focus now.
+bool isSwayFocusEvent(std::string_view json);
 
 }  // namespace orvane

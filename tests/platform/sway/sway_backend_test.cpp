@@ -142,6 +142,26 @@ TEST_F(SwayBackendTest, AnEventThatComesWithAnAnswerIsNotLeftLying) {
     EXPECT_EQ(sway->eventAfterTree, nullptr);
 }
 
+TEST_F(SwayBackendTest, ALockerTakesTheFocusWithoutAnEvent) {
+    const auto sway = this->sway();
+    sway->tree = kOneWindow;
+    SwayBackend backend;
+    ASSERT_TRUE(backend.activeWindow());
+    int notices = 0;
+    backend.onActiveWindowChanged = [&] { ++notices; };
+    sway->tree = R"({"type":"root","nodes":[]})";
+    EXPECT_TRUE(waitUntil([&] { return !backend.activeWindow(); }));
+    EXPECT_TRUE(waitUntil([&] { return notices == 1; }));
+
+    // The window that has the focus again is told even when nobody looked meanwhile.
+    for (int expected = 2; expected < 4; ++expected) {
+        sway->tree = kOneWindow;
+        sway->send(SwayMessage{SwayMessageType::windowEvent, R"({"change":"focus"})"}.bytes());
+        EXPECT_TRUE(waitUntil([&] { return notices == expected; }));
+    }
+    EXPECT_EQ(backend.activeWindow()->number, 5);
+}
+
 TEST_F(SwayBackendTest, WhatSpeaksAnotherLanguageIsLeftAndTriedAgain) {
     auto sway = this->sway();
     SwayBackend backend;
