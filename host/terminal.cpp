@@ -87,7 +87,9 @@ std::string displayText(std::string_view text, std::size_t width) {
         while (next < text.size() && (static_cast<unsigned char>(text[next]) & 0xC0) == 0x80) ++next;
         if (characters + 1 == width && next < text.size()) return result + "…";
         const auto first = static_cast<unsigned char>(text[i]);
-        if (first < 0x20 || first == 0x7F)
+        // Those of eight bits too, which terminals obey as they do escape sequences: C2 80 to C2 9F in UTF-8.
+        const bool isLateControl = first == 0xC2 && static_cast<unsigned char>(text[next - 1]) < 0xA0;
+        if (first < 0x20 || first == 0x7F || isLateControl)
             result += ' ';
         else
             result += text.substr(i, next - i);
