@@ -21,6 +21,7 @@ void readAll(GVariant* values) {
     sessionOfUser(values, 0);
     descriptorIndexIn(values);
     booleanPropertyIn(values);
+    changedBooleanIn(values, "LockedHint");
     GnomePicture::parse(values);
     atspi::objectsIn(values);
     atspi::processIn(values);

@@ -14,6 +14,7 @@ namespace {
 const std::string kService = "org.freedesktop.login1";
 const BusObject kManager{kService, "/org/freedesktop/login1", "org.freedesktop.login1.Manager"};
 const std::string kSessionInterface = "org.freedesktop.login1.Session";
+constexpr const char* kLockedHint = "LockedHint";
 
 }  // namespace
 
@@ -158,20 +159,30 @@ void LoginManager::watchSession(const std::string& path) {
                                  [this](const std::string&, GVariant*) { setLock(true, isLockHinted_); });
     unlockSignal_ =
         bus_.subscribe(session, "Unlock", [this](const std::string&, GVariant*) { setLock(false, false); });
-    const auto readHint = [this, session](const std::string&, GVariant*) {
-        bus_.getBoolean(session, "LockedHint", [this, path = session.path](std::optional<bool> isLocked) {
-            if (path != sessionPath_ || !isLocked || *isLocked == isLockHinted_) return;
-            // The hint taken back also answers the request.
-            setLock(isLockRequested_ && *isLocked, *isLocked);
+    const auto readHint = [this, session] {
+        bus_.getBoolean(session, kLockedHint, [this, path = session.path](std::optional<bool> isLocked) {
+            if (path == sessionPath_ && isLocked) setLockHint(*isLocked);
         });
     };
+    // The signal's own value: a question would be answered too late for a hint that is taken back at once.
     propertiesSignal_ =
-        bus_.subscribe({kService, path, "org.freedesktop.DBus.Properties"}, "PropertiesChanged", readHint);
-    readHint({}, nullptr);
+        bus_.subscribe({kService, path, "org.freedesktop.DBus.Properties"}, "PropertiesChanged",
+                       [this, readHint](const std::string&, GVariant* values) {
+                           if (const auto isLocked = changedBooleanIn(values, kLockedHint))
+                               setLockHint(*isLocked);
+                           else
+                               readHint();
+                       });
+    readHint();
     changed();
 }
 
 void LoginManager::forgetLockRequest() { setLock(false, isLockHinted_); }
+
+void LoginManager::setLockHint(bool isLocked) {
+    // The hint taken back also answers the request.
+    if (isLocked != isLockHinted_) setLock(isLockRequested_ && isLocked, isLocked);
+}
 
 void LoginManager::setLock(bool isRequested, bool isHinted) {
     if (isRequested == isLockRequested_ && isHinted == isLockHinted_) return;

@@ -55,6 +55,7 @@ class LoginManager {
     void findSessionOfUser();
     void watchSession(const std::string& path);
     void watchOwnSession(const std::string& path);
+    void setLockHint(bool isLocked);
     void setLock(bool isRequested, bool isHinted);
     void changed();
 

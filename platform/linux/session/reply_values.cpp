@@ -33,6 +33,14 @@ std::optional<bool> booleanPropertyIn(GVariant* values) {
     return g_variant_get_boolean(inner) != FALSE;
 }
 
+std::optional<bool> changedBooleanIn(GVariant* values, const char* property) {
+    if (!isOf(values, "(sa{sv}as)")) return std::nullopt;
+    const Owned changed(g_variant_get_child_value(values, 1));
+    gboolean result = FALSE;
+    if (g_variant_lookup(changed.get(), property, "b", &result) == FALSE) return std::nullopt;
+    return result != FALSE;
+}
+
 std::string objectPathIn(GVariant* values) {
     if (!isOf(values, "(o)")) return {};
     const char* path = nullptr;

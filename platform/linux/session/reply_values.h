@@ -16,6 +16,8 @@ namespace orvane {
 std::optional<bool> booleanIn(GVariant* values);
 /// A boolean within a variant, as properties are answered.
 std::optional<bool> booleanPropertyIn(GVariant* values);
+/// The boolean that a property has after a change, where the signal of the change tells it.
+std::optional<bool> changedBooleanIn(GVariant* values, const char* property);
 /// Empty for none.
 std::string objectPathIn(GVariant* values);
 /// Place of a descriptor in the list that came along.
