@@ -57,9 +57,10 @@ int runApps(const CommonOptions& options) {
     ManagedObjectContext* context = store.context();
     if (store.exists() && !context) return exitFailure;
     const std::vector<Row> rows = context ? applications(*context) : std::vector<Row>();
+    if (store.readStatus() != exitSuccess) return exitFailure;
     if (options.json) {
         printJson(rows);
-        return exitSuccess;
+        return store.readStatus();
     }
     if (rows.empty()) {
         std::cout << "Nothing was recorded yet. `orvane track` records.\n";
@@ -72,7 +73,7 @@ int runApps(const CommonOptions& options) {
                          clockText(row.duration), localText(row.app->lastUsedDate()),
                          row.app->disabledValue() ? "disabled" : ""});
     printTable({"", "APPLICATION", "NAME", "GROUP", "TIME", "LAST USED", ""}, table, {4});
-    return exitSuccess;
+    return store.readStatus();
 }
 
 int runDisableApp(const std::string& identifier, bool disabled, const CommonOptions& options) {
@@ -88,6 +89,7 @@ int runDisableApp(const std::string& identifier, bool disabled, const CommonOpti
         found = true;
     }
     if (!found) {
+        if (store.readStatus() != exitSuccess) return exitFailure;
         std::cerr << "orvane: no application \"" << identifier << "\" was recorded."
                   << nearestHint(identifier, known) << '\n';
         return exitUsage;

@@ -167,6 +167,7 @@ int runForget(const ForgetOptions& options) {
     }
     std::filesystem::path folder;
     std::shared_ptr<const ManagedObjectModel> model;
+    int status = exitSuccess;
     {
         OpenStore store(options.common.store);
         folder = options.common.store.value_or(store.tracker().applicationFilesDirectory());
@@ -176,23 +177,26 @@ int runForget(const ForgetOptions& options) {
         ::setenv("SQLITE_TMPDIR", folder.c_str(), 1);
         ManagedObjectContext* context = store.context();
         if (!context) return exitFailure;
-        int status = exitSuccess;
-        auto forgetting = forgettingIn(*context, options, time, status);
-        if (!forgetting) return status;
-        Error error;
-        const auto found = forgetting->find(&error);
-        if (!found) return fail(error);
-        if (!options.yes) {
-            if (::isatty(STDIN_FILENO) == 0)
-                return fail("would delete " + sentence(*found) + ". Add --yes to do so.", exitUsage);
-            if (!isConfirmed(*found)) return fail("nothing was deleted.", exitFailure);
+        if (auto forgetting = forgettingIn(*context, options, time, status)) {
+            Error error;
+            const auto found = forgetting->find(&error);
+            if (!found) return fail(error);
+            if (!options.yes) {
+                if (::isatty(STDIN_FILENO) == 0)
+                    return fail("would delete " + sentence(*found) + ". Add --yes to do so.", exitUsage);
+                if (!isConfirmed(*found)) return fail("nothing was deleted.", exitFailure);
+            }
         }
         model = store.tracker().managedObjectModel();
     }
     const Interruption interruption;
     Error error;
     ErasingStore store(folder, model, &error);
-    return store.context() ? forget(store, options, time) : fail(error);
+    if (!store.context()) return fail(error);
+    if (status == exitSuccess) return forget(store, options, time);
+    // A run that was cut off may have deleted the application already, but not have overwritten it.
+    if (!store.erase(&error)) fail(error);
+    return status;
 }
 
 }  // namespace orvane::host

@@ -186,7 +186,7 @@ int runGroups(const CommonOptions& options) {
         auto list = ordered_json::array();
         for (const Ref<OrvaneGroup>& group : groups) list.push_back(json(*group));
         print(list);
-        return exitSuccess;
+        return store.readStatus();
     }
     if (groups.empty()) {
         std::cout << "There are no groups yet. `orvane groups add NAME` makes one.\n";
@@ -204,7 +204,7 @@ int runGroups(const CommonOptions& options) {
                             displayText(member.app->identifier().value_or(""), 36)});
     }
     printTable({"", "GROUP", "TIME", "COLOUR", "IDENTIFIER"}, rows, {2});
-    return exitSuccess;
+    return store.readStatus();
 }
 
 int runAddGroup(const std::string& name, const std::optional<std::string>& color,

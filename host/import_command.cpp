@@ -80,7 +80,9 @@ int read(const ImportOptions& options, ExchangeFormat format, ImportBatch& batch
 class Destination {
   public:
     Destination(std::filesystem::path folder, bool isNew)
-        : folder_(std::move(folder)), lock_(folder_), isKept_(!isNew) {}
+        : folder_(std::move(folder)),
+          lock_(folder_),
+          isKept_(!isNew || std::filesystem::is_symlink(folder_ / "Orvaning.db")) {}
     ~Destination() {
         if (isKept_ || !lock_.isHeld()) return;
         std::error_code ignored;

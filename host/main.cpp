@@ -292,7 +292,10 @@ class CommandLine {
 
 int main(int argc, char** argv) {
     try {
-        return CommandLine().parseAndRun(argc, argv);
+        const int status = CommandLine().parseAndRun(argc, argv);
+        if (std::cout.flush() || status != orvane::host::exitSuccess) return status;
+        std::cerr << "orvane: Standard output cannot be written.\n";
+        return orvane::host::exitFailure;
     } catch (const std::exception& error) {
         std::cerr << "orvane: " << error.what() << '\n';
         return orvane::host::exitFailure;

@@ -13,7 +13,7 @@ namespace orvane::host {
 
 int runPresence(const std::string& rangeText, const CommonOptions& options) {
     constexpr std::chrono::duration<double> dayAndSome{36 * 3600};
-    constexpr int mostDays = 3700;  // ten years: beyond that the range is more likely a slip
+    constexpr std::chrono::days mostDays{3700};  // ten years: beyond that the range is more likely a slip
     OpenStore store(options.store);
     std::string problem;
     const Date now = Platform::current().clock().now();
@@ -22,16 +22,16 @@ int runPresence(const std::string& rangeText, const CommonOptions& options) {
         std::cerr << "orvane: " << problem << '\n';
         return exitUsage;
     }
+    const Date last = std::min(range->to, now);
+    if (last - range->from > mostDays) {
+        std::cerr << "orvane: The range has too many days; name one of ten years at the most.\n";
+        return exitUsage;
+    }
     if (store.exists() && !store.context()) return exitFailure;
     usePresenceTexts();
 
     auto list = nlohmann::ordered_json::array();
-    int days = 0;
-    for (Date day = orvaneDayStart(range->from); day <= std::min(range->to, now); ++days) {
-        if (days == mostDays) {
-            std::cerr << "orvane: The range has too many days; name one of ten years at the most.\n";
-            return exitUsage;
-        }
+    for (Date day = orvaneDayStart(range->from); day <= last;) {
         const Ref<OrvanePresence> presence = store.exists() ? OrvanePresence::presenceForDate(day) : nullptr;
         const std::string label = presence ? presence->label() : "-";
         const auto json = [](const std::optional<Date>& date) {
@@ -47,7 +47,7 @@ int runPresence(const std::string& rangeText, const CommonOptions& options) {
         day = orvaneDayStart(day + dayAndSome);
     }
     if (options.json) std::cout << list.dump(2) << '\n';
-    return exitSuccess;
+    return store.readStatus();
 }
 
 }  // namespace orvane::host

@@ -2,6 +2,7 @@
 
 #include <iostream>
 
+#include "host/answer.h"
 #include "platform/linux/error_presenter.h"
 
 namespace orvane::host {
@@ -94,6 +95,11 @@ OpenStore::OpenStore(const std::optional<std::filesystem::path>& folder)
 OpenStore::~OpenStore() {
     Orvane::resetShared();
     Platform::install(nullptr);
+}
+
+int OpenStore::readStatus() const {
+    const ManagedObjectContext* context = tracker_.existingManagedObjectContext();
+    return context && context->lastReadError() ? fail(context->lastReadError()) : exitSuccess;
 }
 
 ManagedObjectContext* OpenStore::context() { return exists_ ? tracker_.managedObjectContext() : nullptr; }

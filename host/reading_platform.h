@@ -28,6 +28,9 @@ class OpenStore {
     ManagedObjectContext* context();
     /// The same, but makes a database where there is none.
     ManagedObjectContext* contextForWriting() { return tracker_.managedObjectContext(); }
+    /// exitFailure, after a message, when something of the store could not be read since it was opened: what
+    /// was found is a part then. Otherwise exitSuccess.
+    int readStatus() const;
     Orvane& tracker() { return tracker_; }
 
   private:

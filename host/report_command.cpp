@@ -133,9 +133,9 @@ class Report {
     DecimalSeconds total_{0};
 };
 
-int writePage(const ReportPageContent& content, const std::filesystem::path& file) {
+int writeFile(const std::string& text, const std::filesystem::path& file) {
     OutputFile output(file, true);
-    output.write(reportPage(content));
+    output.write(text);
     if (output.finish()) return exitSuccess;
     std::cerr << "orvane: " << output.problem() << '\n';
     return exitFailure;
@@ -156,9 +156,12 @@ int runReport(const ReportOptions& options) {
     if (store.exists() && !context) return exitFailure;
     auto items =
         context ? store.tracker().itemsFromDate(range->from, range->to) : std::vector<Ref<RangeItem>>();
+    // Nothing is said about time that could not be read.
+    if (store.readStatus() != exitSuccess) return exitFailure;
     if (options.html) {
         usePresenceTexts();
-        return writePage({std::move(items), *range, now, options.windows, context}, *options.html);
+        const std::string page = reportPage({std::move(items), *range, now, options.windows, context});
+        return store.readStatus() == exitSuccess ? writeFile(page, *options.html) : exitFailure;
     }
     const Report report(std::move(items), options);
     if (options.common.json)
@@ -167,7 +170,7 @@ int runReport(const ReportOptions& options) {
         report.printCsv();
     else
         report.printTables();
-    return exitSuccess;
+    return store.readStatus();
 }
 
 }  // namespace orvane::host

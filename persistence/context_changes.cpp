@@ -202,8 +202,12 @@ std::vector<Ref<ManagedObject>> ContextState::toManyObjects(ManagedObject& objec
                               {Value(otherTable.slots()[entityTable.inverseProperty(property)].name),
                                Value(Ref<ManagedObject>(&object))})};
     // A relationship that cannot be read reads as empty and is asked for again the next time.
-    auto members = fetch(request, nullptr);
-    if (!members) return {};
+    Error failure;
+    auto members = fetch(request, &failure);
+    if (!members) {
+        noteReadError(failure, nullptr);
+        return {};
+    }
     identifiers = std::make_unique<IdentifierSet>();
     identifiers->reserve(members->size());
     for (const Ref<ManagedObject>& member : *members) identifiers->add(member->key_);

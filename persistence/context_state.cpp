@@ -93,7 +93,19 @@ bool ContextState::fire(ManagedObject& object, Error* error) {
     checkThread();
     if (fromParent_)
         if (const std::optional<bool> known = fillFromParent(object)) return *known;
-    return fillFromFile(object, error);
+    Error failure;
+    if (fillFromFile(object, &failure)) return true;
+    // An object that is gone was looked for, and the file could be read.
+    if (failure.code() == objectNotFoundError)
+        assignError(error, failure);
+    else if (failure)
+        noteReadError(failure, error);
+    return false;
+}
+
+void ContextState::noteReadError(const Error& failure, Error* error) {
+    lastReadError_ = failure;
+    assignError(error, failure);
 }
 
 bool ContextState::fillFromFile(ManagedObject& object, Error* error) {

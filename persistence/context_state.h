@@ -46,6 +46,9 @@ class ContextState {
     ManagedObjectID identifierOf(const ManagedObject& object) const;
     ManagedObject* objectFor(const ManagedObjectID& identifier, bool create);
     bool fire(ManagedObject& object, Error* error = nullptr);
+    /// Keeps the error for those whom nobody tells, and tells it.
+    void noteReadError(const Error& failure, Error* error);
+    const Error& lastReadError() const { return lastReadError_; }
     void turnIntoFault(ManagedObject& object, std::uint64_t kept = 0);
     void reset();
     void rollback();
@@ -149,6 +152,8 @@ class ContextState {
     std::vector<Ref<ManagedObject>> noticeDeleted_;
     std::vector<Ref<ManagedObject>> fresh_;  // inserted within the present undo step
     bool processing_ = false;
+
+    Error lastReadError_;
 
     ManagedObjectContext* parent_ = nullptr;
     std::shared_ptr<ParentChanges> fromParent_;  // as a child

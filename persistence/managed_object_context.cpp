@@ -36,18 +36,29 @@ void ManagedObjectContext::deleteObject(ManagedObject& object) {
 std::optional<std::vector<Ref<ManagedObject>>> ManagedObjectContext::executeFetchRequest(
     const FetchRequest& request, Error* error) {
     state_->processPendingChanges();
-    return state_->fetch(request, error);
+    Error failure;
+    auto objects = state_->fetch(request, &failure);
+    if (!objects) state_->noteReadError(failure, error);
+    return objects;
 }
 
 std::optional<std::size_t> ManagedObjectContext::countForFetchRequest(const FetchRequest& request,
                                                                       Error* error) {
-    return state_->count(request, error);
+    Error failure;
+    const auto count = state_->count(request, &failure);
+    if (!count) state_->noteReadError(failure, error);
+    return count;
 }
 
 std::optional<std::vector<ManagedObjectID>> ManagedObjectContext::identifiersForFetchRequest(
     const FetchRequest& request, Error* error) {
-    return state_->identifiers(request, error);
+    Error failure;
+    auto identifiers = state_->identifiers(request, &failure);
+    if (!identifiers) state_->noteReadError(failure, error);
+    return identifiers;
 }
+
+const Error& ManagedObjectContext::lastReadError() const { return state_->lastReadError(); }
 
 bool ManagedObjectContext::save(Error* error) { return state_->save(error); }
 

@@ -96,6 +96,10 @@ class ORVANE_EXPORT ManagedObjectContext {
     std::optional<std::vector<ManagedObjectID>> identifiersForFetchRequest(const FetchRequest& request,
                                                                            Error* error = nullptr);
 
+    /// What kept the file from being read the last time that this happened; none so far when there is no
+    /// error. Attributes, and calls without `error`, have no other way to tell that they know only a part.
+    const Error& lastReadError() const;
+
     /// Writes every change in one transaction. False, with an error, when that fails; every change then stays
     /// pending. A row that another program deleted stays deleted: changes to it are dropped.
     bool save(Error* error = nullptr);

@@ -19,11 +19,15 @@ Interruption::Interruption() {
     action.sa_flags = static_cast<int>(SA_RESETHAND);
     ::sigaction(SIGINT, &action, &interruptBefore_);
     ::sigaction(SIGTERM, &action, &terminateBefore_);
+    // A terminal that is closed is one more way to end it, unless it was started not to mind.
+    ::sigaction(SIGHUP, &action, &hangupBefore_);
+    if (hangupBefore_.sa_handler == SIG_IGN) ::sigaction(SIGHUP, &hangupBefore_, nullptr);
 }
 
 Interruption::~Interruption() {
     ::sigaction(SIGINT, &interruptBefore_, nullptr);
     ::sigaction(SIGTERM, &terminateBefore_, nullptr);
+    ::sigaction(SIGHUP, &hangupBefore_, nullptr);
 }
 
 bool Interruption::requested() { return requestedSignal != 0; }

@@ -4,8 +4,8 @@
 
 namespace orvane::host {
 
-/// While it lives, the first SIGINT or SIGTERM is noted, so that work can end in good order; a second one
-/// ends the process at once. One at a time.
+/// While it lives, the first SIGINT, SIGTERM or SIGHUP is noted, so that work can end in good order; a second
+/// one ends the process at once. One at a time.
 class Interruption {
   public:
     Interruption();
@@ -18,6 +18,7 @@ class Interruption {
   private:
     struct sigaction interruptBefore_ {};
     struct sigaction terminateBefore_ {};
+    struct sigaction hangupBefore_ {};
 };
 
 }  // namespace orvane::host

@@ -78,6 +78,8 @@ class NewStore {
         Statement* statement = isGood_ ? database_->prepared(inserts_[table], error_) : nullptr;
         isGood_ = statement != nullptr;
         if (!isGood_) return false;
+        // No key below 1 was ever given out.
+        if (record.key < 1) return false;
         const StatementUse use(*statement);
         use->bind(1, record.key);
         for (std::size_t i = 0; i < fields.size(); ++i)
@@ -105,6 +107,21 @@ class NewStore {
                     static_cast<std::uint64_t>(high - low) - static_cast<std::uint64_t>(rows->integerValue());
         }
         return missing;
+    }
+
+    /// Makes of values that were never written those that they are read as: booleans that are neither are
+    /// true, and a relationship to a key below 1 leads nowhere.
+    void settleValues(const EntityDescription& entity) {
+        const auto set = [&](const std::string& column, const std::string& value, const std::string& where) {
+            const std::string name = sqlite::quoted(column);
+            const std::string sql = "UPDATE " + sqlite::quoted(entity.name) + " SET " + name + " = " + value +
+                                    " WHERE " + name + where;
+            isGood_ = isGood_ && database_->execute(sql.c_str(), error_);
+        };
+        for (const AttributeDescription& attribute : entity.attributes)
+            if (attribute.type == AttributeType::boolean) set(attribute.name, "1", " NOT IN (0, 1)");
+        for (const RelationshipDescription& relationship : entity.relationships)
+            if (!relationship.toMany) set(relationship.name, "NULL", " < 1");
     }
 
     /// Rows for the ends of relationships that are lost.
@@ -283,6 +300,7 @@ class Recovery {
             [&](std::uint64_t done, std::uint64_t total) { advance("Reading pages", done, total); });
         if (!store.isGood() || !demandFound(salvage, pages, schema)) return false;
         advance("Saving", 0, 0);
+        for (const EntityDescription& entity : entities) store.settleValues(entity);
         for (std::size_t i = 0; i < entities.size(); ++i) {
             const sqlite::SalvageCount& count = salvage.count(i);
             std::int64_t last = std::max(store.lastKey(entities[i]), schema.lastKey(entities[i]));

@@ -10,9 +10,10 @@ class Check : public testing::Test {
   protected:
     Check() {
         writeBytes(folder_ / "in.jsonl", R"({"type":"export","version":1}
-{"type":"application","number":1,"identifier":"org.a","name":"A"}
-{"type":"recording","application":1,"start":1700000000,"end":1700000010,"window":"one"}
-{"type":"recording","application":1,"start":1700000020,"end":1700000030,"window":"two"}
+{"type":"group","number":1,"identifier":"G","name":"Work"}
+{"type":"application","number":1,"identifier":"org.a","name":"A","group":1}
+{"type":"recording","application":1,"start":1700000000,"end":1700000010,"idle":false,"window":"one"}
+{"type":"recording","application":1,"start":1700000020,"end":1700000030,"idle":false,"window":"two"}
 )");
         EXPECT_EQ(runProgram({"import", folder_ / "in.jsonl", "--store", folder_ / "store"}).status, 0);
     }
@@ -80,6 +81,35 @@ TEST_F(Check, ToldApartFromWhatCannotBeChecked) {
     EXPECT_NE(refusal().find("belongs to another application"), std::string::npos);
     std::filesystem::remove(store());
     EXPECT_TRUE(refusal().starts_with("2 orvane: there is no store at"));
+}
+
+// A page that cannot be read must not look like time that nobody worked.
+TEST_F(Check, CommandsTellWhatTheyCouldNotRead) {
+    constexpr std::size_t pageSize = 4096;
+    const std::string sound = bytesOf(store());
+    const auto statuses = [&](const std::string& damaged) {
+        const std::string root =
+            runSQL(store(), "SELECT rootpage FROM sqlite_master WHERE name = '" + damaged + "'");
+        std::string bytes = sound;
+        bytes.replace((std::stoul(root) - 1) * pageSize, pageSize, pageSize, '\xff');
+        writeBytes(store(), bytes);
+        std::string result;
+        for (const std::string command : {"report 2023-11-14", "report 2023-11-14 --html \"$1/page\"",
+                                          "presence 2023-11-14", "apps", "groups", "apps disable org.a"}) {
+            const ProgramRun run = runShell("\"$0\" " + command + " --store \"$1/store\"", folder_.path());
+            EXPECT_EQ(run.errors.find("is damaged") == std::string::npos, run.status == 0)
+                << command << run.errors;
+            EXPECT_EQ(run.output.find("othing was recorded"), std::string::npos) << command;
+            result += std::to_string(run.status);
+        }
+        EXPECT_EQ(std::filesystem::remove(folder_ / "page"), result[1] == '0');
+        writeBytes(store(), sound);
+        return result;
+    };
+    EXPECT_EQ(statuses("Recording"), "111000");
+    EXPECT_EQ(statuses("Application"), "110111");
+    EXPECT_EQ(statuses("Recording:idle,startDate"), "111000");
+    EXPECT_EQ(statuses("Recording:application,endDate,startDate,idle"), "000110");
 }
 
 TEST(CheckWhileTracking, DisturbsNobody) {

@@ -106,7 +106,12 @@ TEST_F(ExchangeProgram, AFullDiskLeavesEverythingAsItWas) {
     fs::create_directory(folder_ / "out");
     EXPECT_EQ(limited("export --output \"$1/out/export.csv\"").status, 1);
     EXPECT_EQ(filesIn(folder_ / "out"), std::vector<std::string>());
-    EXPECT_EQ(runShell("\"$0\" export --store \"$1/store\" >/dev/full", folder_.path()).status, 1);
+    for (const std::string command : {"export", "report all", "apps --json", "check"}) {
+        const ProgramRun told =
+            runShell("\"$0\" " + command + " --store \"$1/store\" >/dev/full", folder_.path());
+        EXPECT_EQ(told.status, 1) << command;
+        EXPECT_NE(told.errors.find("Standard output cannot be written"), std::string::npos) << told.errors;
+    }
 }
 
 TEST_F(ExchangeProgram, RefusesWhatItCannotRead) {
@@ -135,7 +140,7 @@ TEST_F(ExchangeProgram, RefusesWhatItCannotRead) {
 TEST_F(ExchangeProgram, AnInterruptionLeavesTheStoreAsItWas) {
     for (const bool exists : {false, true}) {
         if (exists) fill();
-        for (const int signal : {SIGINT, SIGTERM}) {
+        for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
             const fs::path pipe = folder_ / ("pipe" + std::to_string(signal) + (exists ? "b" : "a"));
             ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
             Program program(withStore({"import", pipe, "--format", "jsonl"}));

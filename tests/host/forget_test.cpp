@@ -125,6 +125,15 @@ TEST_F(Forget, LeavesNoByteOfATitle) {
     EXPECT_EQ(runProgram({"check", "--store", folder_ / "store"}).status, 0);
 }
 
+// What a run leaves that was killed after it had deleted: its journal, and no application to name any more.
+TEST_F(Forget, ASecondRunEndsWhatTheFirstBegan) {
+    record({"1 0 100 kept"});
+    writeBytes(database().string() + "-journal", std::string(512, '\0') + "org.b.Mail forgotten");
+    EXPECT_EQ(forget({"--app", "org.b.Male", "--yes"}).status, 2);
+    EXPECT_FALSE(isInFolder("forgotten"));
+    EXPECT_EQ(left(), "kept 0 100");
+}
+
 TEST(ForgetWhileTracking, TheTrackerBringsNothingBack) {
     TrackedDesk desk;
     desk.desktop().clock().setWallTime(std::chrono::seconds(monday));

@@ -168,6 +168,19 @@ TEST_F(Recover, MakesStandInsForWhatOthersBelongTo) {
               "Lost Application 1|2000 Lost Application 2|2000");
 }
 
+TEST_F(Recover, MakesASoundStoreOfValuesThatWereNeverWritten) {
+    runSQL(
+        store(),
+        "UPDATE Recording SET idle = 7 WHERE _id = 1; UPDATE Recording SET application = -3 WHERE _id = 2; "
+        "UPDATE Recording SET _id = -4 WHERE _id = 3");
+    ASSERT_EQ(runProgram({"recover", store(), to()}).status, 0);
+    EXPECT_EQ(runSQL(to(), "SELECT _id, idle, application IS NULL FROM Recording WHERE _id < 4 ORDER BY _id"),
+              "1|1|0 2|-|1");
+    std::filesystem::create_directory(folder_ / "recovered");
+    std::filesystem::rename(to(), folder_ / "recovered" / "Orvaning.db");
+    EXPECT_EQ(runProgram({"check", "--store", folder_ / "recovered"}).status, 0);
+}
+
 TEST_F(Recover, TakesFilesThatWereCutShort) {
     int before = recordingCount + 1;
     for (const std::size_t size :
