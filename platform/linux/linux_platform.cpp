@@ -30,12 +30,7 @@ namespace orvane {
 
 LinuxPlatform::LinuxPlatform() = default;
 
-LinuxPlatform::~LinuxPlatform() {
-#ifdef ORVANE_HAS_WAYLAND
-    // Those who listen to it go first.
-    if (waylandDisplay_) waylandDisplay_->disconnect();
-#endif
-}
+LinuxPlatform::~LinuxPlatform() = default;
 
 void LinuxPlatform::connect() {
     if (session_) return;

@@ -65,7 +65,7 @@ class LinuxPlatform : public Platform {
     GlibRunLoop runLoop_;
     ApplicationDirectory directory_;
 #ifdef ORVANE_HAS_WAYLAND
-    std::unique_ptr<WaylandDisplay> waylandDisplay_;
+    std::unique_ptr<WaylandDisplay> waylandDisplay_;  ///< outlives its listeners, all of them the desktop's
 #endif
     /// The session's, for those who ask the desktop over it.
     std::unique_ptr<SharedBus> desktopBus_;

@@ -31,13 +31,6 @@ void WaylandDisplay::start() {
     if (!connect() || (!waitUntilReady(kFirstWait) && !display_)) retry_.start();
 }
 
-void WaylandDisplay::disconnect() {
-    retry_.stop();
-    if (!display_) return;
-    for (auto* listener : listeners_) listener->compositorLost();
-    close();
-}
-
 void WaylandDisplay::attempt() {
     if (!display_ && !connect()) retry_.start();
 }

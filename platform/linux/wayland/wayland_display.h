@@ -28,14 +28,12 @@ class WaylandDisplay {
     /// on the main loop after the listeners were told, never from within `start`.
     std::function<void(bool answers)> onAnswersChanged;
 
-    /// Listeners are added before `start`, must stay until the display is destroyed, and are not told of its
-    /// end; `disconnect` tells them.
+    /// Listeners are added before `start`. They, and what they bound, are destroyed right before the display,
+    /// without a turn of the main loop in between; it does not tell them of its end.
     void add(WaylandListener& listener) { listeners_.push_back(&listener); }
 
     /// Connects, waiting up to a second for the compositor's answer; a later one arrives on the main loop.
     void start();
-    /// As if the compositor had gone, and for good. To be called before listeners are destroyed.
-    void disconnect();
 
     /// A compositor has answered and its connection holds.
     bool answers() const { return isReady_; }

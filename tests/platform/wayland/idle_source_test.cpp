@@ -25,7 +25,6 @@ class IdleSourceTest : public ::testing::Test {
         unsetenv("DISPLAY");
     }
     ~IdleSourceTest() override {
-        if (display_) display_->disconnect();
         source_.reset();
         display_.reset();
         compositor_.reset();
@@ -66,7 +65,6 @@ TEST_F(IdleSourceTest, InputAloneCountsUnlessOtherwiseWishedOrUnknown) {
         connect(each.heldBack);
         EXPECT_EQ(compositor_->notifications(), each.kinds);
         EXPECT_EQ(source_->name().find("input alone") != std::string::npos, each.kinds[0] == "input");
-        display_->disconnect();
         source_.reset();
         display_.reset();
         compositor_.reset();
@@ -116,7 +114,6 @@ TEST_F(IdleSourceTest, ACompositorThatComesLateOrIsSlowOrDies) {
     EXPECT_TRUE(becomes(0, 0)) << "what was before is not known";
     EXPECT_TRUE(waitUntil([this] { return told_ == "+-+"; })) << told_;
 
-    display_->disconnect();
     source_.reset();
     display_.reset();
     told_.clear();
