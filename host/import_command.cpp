@@ -79,10 +79,11 @@ int read(const ImportOptions& options, ExchangeFormat format, ImportBatch& batch
 /// store made for the import is removed again unless that succeeds.
 class Destination {
   public:
-    Destination(std::filesystem::path folder, bool isNew)
-        : folder_(std::move(folder)),
-          lock_(folder_),
-          isKept_(!isNew || std::filesystem::is_symlink(folder_ / "Orvaning.db")) {}
+    explicit Destination(std::filesystem::path folder) : folder_(std::move(folder)), lock_(folder_) {
+        // A link to a file that is missing is not ours either.
+        std::error_code ignored;
+        isKept_ = std::filesystem::exists(std::filesystem::symlink_status(folder_ / "Orvaning.db", ignored));
+    }
     ~Destination() {
         if (isKept_ || !lock_.isHeld()) return;
         std::error_code ignored;
@@ -125,8 +126,7 @@ int runImport(const ImportOptions& options) {
         return status;
 
     OpenStore store(options.common.store);
-    Destination destination(options.common.store.value_or(store.tracker().applicationFilesDirectory()),
-                            !store.exists());
+    Destination destination(options.common.store.value_or(store.tracker().applicationFilesDirectory()));
     if (!destination.problem().empty()) return fail(destination.problem(), exitFailure);
     ManagedObjectContext* context = store.contextForWriting();
     if (!context) return exitFailure;

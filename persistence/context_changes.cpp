@@ -202,12 +202,8 @@ std::vector<Ref<ManagedObject>> ContextState::toManyObjects(ManagedObject& objec
                               {Value(otherTable.slots()[entityTable.inverseProperty(property)].name),
                                Value(Ref<ManagedObject>(&object))})};
     // A relationship that cannot be read reads as empty and is asked for again the next time.
-    Error failure;
-    auto members = fetch(request, &failure);
-    if (!members) {
-        noteReadError(failure, nullptr);
-        return {};
-    }
+    auto members = noting(nullptr, [&](Error* failure) { return fetch(request, failure); });
+    if (!members) return {};
     identifiers = std::make_unique<IdentifierSet>();
     identifiers->reserve(members->size());
     for (const Ref<ManagedObject>& member : *members) identifiers->add(member->key_);

@@ -3,7 +3,6 @@
 #include <stdexcept>
 
 #include "persistence/identifier_set.h"
-#include "persistence/persistence_errors.h"
 #include "persistence/text_batch.h"
 
 namespace orvane {
@@ -93,19 +92,7 @@ bool ContextState::fire(ManagedObject& object, Error* error) {
     checkThread();
     if (fromParent_)
         if (const std::optional<bool> known = fillFromParent(object)) return *known;
-    Error failure;
-    if (fillFromFile(object, &failure)) return true;
-    // An object that is gone was looked for, and the file could be read.
-    if (failure.code() == objectNotFoundError)
-        assignError(error, failure);
-    else if (failure)
-        noteReadError(failure, error);
-    return false;
-}
-
-void ContextState::noteReadError(const Error& failure, Error* error) {
-    lastReadError_ = failure;
-    assignError(error, failure);
+    return noting(error, [&](Error* failure) { return fillFromFile(object, failure); });
 }
 
 bool ContextState::fillFromFile(ManagedObject& object, Error* error) {

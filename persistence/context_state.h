@@ -6,12 +6,14 @@
 #include <string_view>
 #include <thread>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "foundation/internal.h"
 #include "persistence/managed_object_context.h"
 #include "persistence/object_table.h"
 #include "persistence/parent_changes.h"
+#include "persistence/persistence_errors.h"
 #include "persistence/sqlite/sql_compiler.h"
 #include "persistence/sqlite/store.h"
 
@@ -46,8 +48,17 @@ class ContextState {
     ManagedObjectID identifierOf(const ManagedObject& object) const;
     ManagedObject* objectFor(const ManagedObjectID& identifier, bool create);
     bool fire(ManagedObject& object, Error* error = nullptr);
-    /// Keeps the error for those whom nobody tells, and tells it.
-    void noteReadError(const Error& failure, Error* error);
+    /// Runs a reading, which takes an error to fill, and keeps its error for those whom nobody tells. That an
+    /// object is gone is none: it was looked for, and the file could be read.
+    template <class Reading>
+    auto noting(Error* error, Reading&& reading) {
+        Error failure;
+        auto result = reading(&failure);
+        if (result || !failure) return result;
+        if (failure.code() != objectNotFoundError) lastReadError_ = failure;
+        assignError(error, std::move(failure));
+        return result;
+    }
     const Error& lastReadError() const { return lastReadError_; }
     void turnIntoFault(ManagedObject& object, std::uint64_t kept = 0);
     void reset();

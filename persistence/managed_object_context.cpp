@@ -36,26 +36,17 @@ void ManagedObjectContext::deleteObject(ManagedObject& object) {
 std::optional<std::vector<Ref<ManagedObject>>> ManagedObjectContext::executeFetchRequest(
     const FetchRequest& request, Error* error) {
     state_->processPendingChanges();
-    Error failure;
-    auto objects = state_->fetch(request, &failure);
-    if (!objects) state_->noteReadError(failure, error);
-    return objects;
+    return state_->noting(error, [&](Error* failure) { return state_->fetch(request, failure); });
 }
 
 std::optional<std::size_t> ManagedObjectContext::countForFetchRequest(const FetchRequest& request,
                                                                       Error* error) {
-    Error failure;
-    const auto count = state_->count(request, &failure);
-    if (!count) state_->noteReadError(failure, error);
-    return count;
+    return state_->noting(error, [&](Error* failure) { return state_->count(request, failure); });
 }
 
 std::optional<std::vector<ManagedObjectID>> ManagedObjectContext::identifiersForFetchRequest(
     const FetchRequest& request, Error* error) {
-    Error failure;
-    auto identifiers = state_->identifiers(request, &failure);
-    if (!identifiers) state_->noteReadError(failure, error);
-    return identifiers;
+    return state_->noting(error, [&](Error* failure) { return state_->identifiers(request, failure); });
 }
 
 const Error& ManagedObjectContext::lastReadError() const { return state_->lastReadError(); }

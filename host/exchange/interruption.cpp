@@ -17,17 +17,13 @@ Interruption::Interruption() {
     sigemptyset(&action.sa_mask);
     // No restart: a read that waits for a pipe has to return.
     action.sa_flags = static_cast<int>(SA_RESETHAND);
-    ::sigaction(SIGINT, &action, &interruptBefore_);
-    ::sigaction(SIGTERM, &action, &terminateBefore_);
-    // A terminal that is closed is one more way to end it, unless it was started not to mind.
-    ::sigaction(SIGHUP, &action, &hangupBefore_);
-    if (hangupBefore_.sa_handler == SIG_IGN) ::sigaction(SIGHUP, &hangupBefore_, nullptr);
+    for (std::size_t i = 0; i < signals.size(); ++i) ::sigaction(signals[i], &action, &before_[i]);
+    // A terminal that is closed ends it too, unless it was started not to mind.
+    if (before_.back().sa_handler == SIG_IGN) ::sigaction(SIGHUP, &before_.back(), nullptr);
 }
 
 Interruption::~Interruption() {
-    ::sigaction(SIGINT, &interruptBefore_, nullptr);
-    ::sigaction(SIGTERM, &terminateBefore_, nullptr);
-    ::sigaction(SIGHUP, &hangupBefore_, nullptr);
+    for (std::size_t i = 0; i < signals.size(); ++i) ::sigaction(signals[i], &before_[i], nullptr);
 }
 
 bool Interruption::requested() { return requestedSignal != 0; }

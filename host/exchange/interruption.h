@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <csignal>
 
 namespace orvane::host {
@@ -16,9 +17,8 @@ class Interruption {
     static bool requested();
 
   private:
-    struct sigaction interruptBefore_ {};
-    struct sigaction terminateBefore_ {};
-    struct sigaction hangupBefore_ {};
+    static constexpr std::array signals{SIGINT, SIGTERM, SIGHUP};
+    std::array<struct sigaction, signals.size()> before_{};
 };
 
 }  // namespace orvane::host

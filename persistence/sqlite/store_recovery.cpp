@@ -72,14 +72,14 @@ class NewStore {
         inserts_[table] =
             "INSERT OR IGNORE INTO " + sqlite::quoted(entity) + " (" + names + ") VALUES (" + places + ")";
     }
-    /// False when there is a row with that key, or nothing can be written any more.
+    /// False when there is a row with that key, when it is below 1 and so was never given out, or when
+    /// nothing can be written any more.
     bool insert(std::size_t table, const sqlite::StoredRecord& record,
                 const std::vector<std::size_t>& fields) {
+        if (record.key < 1) return false;
         Statement* statement = isGood_ ? database_->prepared(inserts_[table], error_) : nullptr;
         isGood_ = statement != nullptr;
         if (!isGood_) return false;
-        // No key below 1 was ever given out.
-        if (record.key < 1) return false;
         const StatementUse use(*statement);
         use->bind(1, record.key);
         for (std::size_t i = 0; i < fields.size(); ++i)

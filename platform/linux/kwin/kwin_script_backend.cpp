@@ -70,7 +70,7 @@ KwinScriptBackend::~KwinScriptBackend() {
     bool isLate = false;
     if (bus_ != nullptr && std::exchange(isLoaded_, false))
         bus_->callNow(scripting(), kUnload, ownScript(), kUnloadMilliseconds, isLate);
-    stop();
+    removeFile();
 }
 
 bool KwinScriptBackend::isDecided() const {
