@@ -9,6 +9,7 @@
 #include "platform/linux/gnome/gnome_picture.h"
 #include "platform/linux/kwin/kwin_picture.h"
 #include "platform/linux/session/reply_values.h"
+#include "platform/linux/session/variant.h"
 
 namespace {
 
@@ -30,8 +31,7 @@ void readAll(GVariant* values) {
     atspi::textIn(values);
 }
 
-struct Unref {
-    void operator()(GVariant* variant) const { g_variant_unref(variant); }
+struct MessageRelease {
     void operator()(GDBusMessage* message) const { g_object_unref(message); }
 };
 
@@ -42,7 +42,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     KwinPictureReader().read(fuzz::textOf(data, size));
     // As the connection takes them off the wire.
     std::string bytes(fuzz::textOf(data, size));
-    const std::unique_ptr<GDBusMessage, Unref> message(
+    const std::unique_ptr<GDBusMessage, MessageRelease> message(
         g_dbus_message_new_from_blob(reinterpret_cast<guchar*>(bytes.data()), bytes.size(),
                                      G_DBUS_CAPABILITY_FLAGS_UNIX_FD_PASSING, nullptr));
     if (message && g_dbus_message_get_body(message.get())) readAll(g_dbus_message_get_body(message.get()));
@@ -53,8 +53,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto* type = reinterpret_cast<const GVariantType*>(bytes.c_str());
     if (!g_variant_type_is_definite(type)) return 0;
     GBytes* content = g_bytes_new(bytes.data() + end + 1, bytes.size() - end - 1);
-    const std::unique_ptr<GVariant, Unref> values(
-        g_variant_ref_sink(g_variant_new_from_bytes(type, content, FALSE)));
+    const Variant values(g_variant_ref_sink(g_variant_new_from_bytes(type, content, FALSE)));
     g_bytes_unref(content);
     readAll(values.get());
     return 0;

@@ -18,11 +18,14 @@ struct Row {
     DecimalSeconds duration;
 };
 
-std::vector<Row> applications(ManagedObjectContext& context) {
+std::vector<Ref<OrvaneApp>> applications(ManagedObjectContext& context) {
+    return context.fetch<OrvaneApp>(
+        {std::string(OrvaneApp::entityName()), Predicate::withFormat("TRUEPREDICATE")});
+}
+
+std::vector<Row> rowsByTime(const std::vector<Ref<OrvaneApp>>& apps) {
     std::vector<Row> rows;
-    for (const Ref<OrvaneApp>& app : context.fetch<OrvaneApp>(
-             {std::string(OrvaneApp::entityName()), Predicate::withFormat("TRUEPREDICATE")}))
-        rows.push_back({app, app->duration()});
+    for (const Ref<OrvaneApp>& app : apps) rows.push_back({app, app->duration()});
     std::stable_sort(rows.begin(), rows.end(),
                      [](const Row& left, const Row& right) { return left.duration > right.duration; });
     return rows;
@@ -56,7 +59,7 @@ int runApps(const CommonOptions& options) {
     OpenStore store(options.store);
     ManagedObjectContext* context = store.context();
     if (store.exists() && !context) return exitFailure;
-    const std::vector<Row> rows = context ? applications(*context) : std::vector<Row>();
+    const std::vector<Row> rows = context ? rowsByTime(applications(*context)) : std::vector<Row>();
     if (store.readStatus() != exitSuccess) return exitFailure;
     if (options.json) {
         printJson(rows);
@@ -82,10 +85,10 @@ int runDisableApp(const std::string& identifier, bool disabled, const CommonOpti
     if (store.exists() && !context) return exitFailure;
     std::vector<std::string> known;
     bool found = false;
-    for (const Row& row : context ? applications(*context) : std::vector<Row>()) {
-        known.emplace_back(row.app->identifier().value_or(""));
+    for (const Ref<OrvaneApp>& app : context ? applications(*context) : std::vector<Ref<OrvaneApp>>()) {
+        known.emplace_back(app->identifier().value_or(""));
         if (known.back() != identifier) continue;
-        row.app->setDisabled(disabled);
+        app->setDisabled(disabled);
         found = true;
     }
     if (!found) {

@@ -10,13 +10,9 @@
 #include <utility>
 
 #include "foundation/internal.h"
+#include "platform/linux/session/variant.h"
 
 namespace orvane {
-
-struct VariantRelease {
-    void operator()(GVariant* variant) const { g_variant_unref(variant); }
-};
-using Variant = std::unique_ptr<GVariant, VariantRelease>;
 
 /// Something that goes on until the token is destroyed.
 class BusToken {

@@ -1,6 +1,6 @@
 #include "platform/linux/session/reply_values.h"
 
-#include <memory>
+#include "platform/linux/session/variant.h"
 
 namespace orvane {
 
@@ -9,11 +9,6 @@ namespace {
 bool isOf(GVariant* values, const char* type) {
     return values != nullptr && g_variant_is_of_type(values, G_VARIANT_TYPE(type));
 }
-
-struct Release {
-    void operator()(GVariant* variant) const { g_variant_unref(variant); }
-};
-using Owned = std::unique_ptr<GVariant, Release>;
 
 }  // namespace
 
@@ -28,14 +23,14 @@ std::optional<bool> booleanPropertyIn(GVariant* values) {
     if (!isOf(values, "(v)")) return std::nullopt;
     GVariant* inner = nullptr;
     g_variant_get(values, "(v)", &inner);
-    const Owned owner(inner);
+    const Variant owner(inner);
     if (!g_variant_is_of_type(inner, G_VARIANT_TYPE_BOOLEAN)) return std::nullopt;
     return g_variant_get_boolean(inner) != FALSE;
 }
 
 std::optional<bool> changedBooleanIn(GVariant* values, const char* property) {
     if (!isOf(values, "(sa{sv}as)")) return std::nullopt;
-    const Owned changed(g_variant_get_child_value(values, 1));
+    const Variant changed(g_variant_get_child_value(values, 1));
     gboolean result = FALSE;
     if (g_variant_lookup(changed.get(), property, "b", &result) == FALSE) return std::nullopt;
     return result != FALSE;
@@ -64,7 +59,7 @@ std::string removedSessionIn(GVariant* values) {
 
 std::string sessionOfUser(GVariant* values, std::uint32_t user) {
     if (!isOf(values, "(a(susso))")) return {};
-    const Owned sessions(g_variant_get_child_value(values, 0));
+    const Variant sessions(g_variant_get_child_value(values, 0));
     GVariantIter iterator;
     g_variant_iter_init(&iterator, sessions.get());
     guint32 owner = 0;

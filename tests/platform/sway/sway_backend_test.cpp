@@ -194,7 +194,7 @@ TEST_F(SwayBackendTest, OneThatFallsSilentIsNotWaitedForTwice) {
     EXPECT_TRUE(waitUntil([&] { return !backend.activeWindow() && !backend.isAvailable(); }));
     const auto began = std::chrono::steady_clock::now();
     for (int i = 0; i < 100; ++i) EXPECT_TRUE(backend.windows().empty());
-    EXPECT_LT(std::chrono::steady_clock::now() - began, std::chrono::milliseconds(200));
+    EXPECT_LT(std::chrono::steady_clock::now() - began, std::chrono::seconds(2));
     sway->tree = kOneWindow;
     EXPECT_TRUE(waitUntil([&] { return backend.activeWindow().has_value(); }, 30));
 }

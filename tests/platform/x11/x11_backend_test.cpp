@@ -238,7 +238,7 @@ TEST_F(X11BackendTest, ServerThatHangsDelaysOneCallOnly) {
     EXPECT_EQ(backend_->activeWindow(), std::nullopt);
     const auto start = g_get_monotonic_time();
     for (int i = 0; i < 20; ++i) EXPECT_EQ(backend_->idleSeconds(), std::nullopt);
-    EXPECT_LT(g_get_monotonic_time() - start, G_USEC_PER_SEC / 4);
+    EXPECT_LT(g_get_monotonic_time() - start, 2 * G_USEC_PER_SEC);
     EXPECT_TRUE(backend_->isAvailable());
     display_.server().resume();
     EXPECT_TRUE(waitUntil([&] { return activeTitle() == "window"; }));
